@@ -1,0 +1,46 @@
+#pragma once
+
+#include "callline.h"
+
+#include <QJsonObject>
+#include <QLocalSocket>
+
+namespace ctl {
+
+// How a run ended; the statuses are those of the bench. Never changed once published.
+enum ExitStatus : int {
+    kDone = 0,
+    kCallFailed = 1,
+    kUsage = 2,
+    kNotThere = 3, // no bench on the socket, or no file of calls
+    kTimedOut = 5, // the bench did not answer in time
+};
+
+// One connection to a bench. Blocks; needs no event loop.
+class Client
+{
+public:
+    // `patience`: milliseconds to wait for an answer, beyond what the call itself may wait.
+    explicit Client(int patience) : patienceMilliseconds(patience) { }
+
+    // True once the bench has said hello. Otherwise status() and error() tell why, here and below.
+    bool connectTo(const QString &socketPath);
+
+    // The result of the call goes to `result`.
+    bool call(const CallLine &call, QJsonObject *result);
+
+    ExitStatus status() const { return lastStatus; }
+    QString error() const { return lastError; }
+
+private:
+    bool readMessage(int milliseconds, QJsonObject *message);
+    bool fail(ExitStatus status, const QString &error);
+
+    int patienceMilliseconds;
+    QLocalSocket socket;
+    int lastId = 0;
+    ExitStatus lastStatus = kDone;
+    QString lastError;
+};
+
+} // namespace ctl

@@ -1,0 +1,268 @@
+#include "receivermethods.h"
+
+#include "dispatcher.h"
+#include "unitmethods.h"
+#include "waiting.h"
+
+#include "bench/receiver/receiver.h"
+#include "bench/receiver/step.h"
+#include "bench/unit/unitdocument.h"
+
+#include <QCryptographicHash>
+
+namespace bench {
+
+namespace {
+
+// An answer must fit a line of the monitor: so much of text, and of the flash in base64.
+constexpr int kAnswerBytes = 512 * 1024;
+
+const QString kBranch = QStringLiteral("receiver");
+
+QJsonArray toJson(const QVector<WrittenImage> &images)
+{
+    QJsonArray list;
+    for (const WrittenImage &image : images)
+        list.append(QJsonObject{{"address", double(image.address)},
+                                {"length", image.length},
+                                {"packets", image.packets},
+                                {"complete", image.complete},
+                                {"microseconds", image.microseconds}});
+    return list;
+}
+
+QJsonArray toJson(const QVector<PhaseTime> &phases)
+{
+    QJsonArray list;
+    for (const PhaseTime &phase : phases)
+        list.append(QJsonObject{
+            {"phase", phase.phase}, {"began", phase.began}, {"milliseconds", phase.milliseconds}});
+    return list;
+}
+
+QJsonObject toJson(const ReceiverState &state)
+{
+    return {{"phase", state.phase},
+            {"step", state.step},
+            {"baud", state.baud},
+            {"host_baud", state.hostBaud},
+            {"resets", state.resets},
+            {"watchdog_resets", state.watchdogResets},
+            {"bytes_in", state.bytesIn},
+            {"bytes_out", state.bytesOut},
+            {"packets", state.packets},
+            {"images", toJson(state.images)},
+            {"phases", toJson(state.phases)},
+            {"image_bytes_per_second", state.imageBytesPerSecond},
+            {"anomalies", QJsonArray::fromStringList(state.anomalies)}};
+}
+
+QJsonArray toJson(const QVector<FaultReport> &reports)
+{
+    QJsonArray list;
+    for (const FaultReport &report : reports)
+        list.append(QJsonObject{{"fault", report.fault.toJson()},
+                                {"done", report.done},
+                                {"deeds", QJsonArray::fromStringList(report.deeds)}});
+    return list;
+}
+
+QJsonObject faults(UnitDocument *document, const Receiver &receiver, const Arguments &arguments)
+{
+    const bool clears = arguments.value("clear").toBool();
+    if (arguments.has("set") && clears)
+        throw CallError(ErrorClass::Argument, QStringLiteral("one of set and clear is wanted"));
+    QJsonObject change;
+    if (arguments.has("set") || clears)
+        change.insert("faults", arguments.list("set"));
+    if (arguments.has("seed"))
+        change.insert("seed", arguments.value("seed"));
+    setUnitValue(document, kBranch, change);
+    return {{"seed", *document->value(QStringLiteral("receiver.seed"))},
+            {"faults", toJson(receiver.faultReports())}};
+}
+
+QJsonObject dialogue(const Receiver &receiver, int since)
+{
+    int bytes = 0;
+    int last = since;
+    bool more = false;
+    QJsonArray lines;
+    const QVector<DialogueLine> found = receiver.dialogue(since);
+    for (const DialogueLine &line : found) {
+        const QString text = line.text();
+        bytes += text.size() + 3; // quotes and comma; the words are plain ASCII
+        more = bytes > kAnswerBytes;
+        if (more)
+            break;
+        lines.append(text);
+        last = line.number;
+    }
+    return {{"lines", lines}, {"next", last}, {"more", more}};
+}
+
+QJsonObject flash(const Receiver &receiver, const Arguments &arguments)
+{
+    const int length = arguments.integer("length");
+    const bool withContent = arguments.value("content").toBool(true);
+    if (withContent && length > kAnswerBytes)
+        throw CallError(ErrorClass::Limit,
+                        QStringLiteral("an answer holds %1 bytes of flash; content=false gives the "
+                                       "SHA-256 of more")
+                            .arg(kAnswerBytes));
+    const QByteArray bytes = receiver.flash(arguments.address("address"), length);
+    if (bytes.size() != length)
+        throw CallError(
+            ErrorClass::Argument,
+            QStringLiteral("the range leaves the flash, which has 4 MiB at 0x08000000"));
+    QJsonObject result{
+        {"sha256",
+         QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex())}};
+    if (withContent)
+        result.insert("base64", QString::fromLatin1(bytes.toBase64()));
+    return result;
+}
+
+void waitForPhase(const Call &call, const Receiver *receiver)
+{
+    const QString wanted = call.arguments.text("phase");
+    if (!phaseNames().contains(wanted))
+        throw CallError(ErrorClass::NotFound,
+                        QStringLiteral("no phase %1; there are: %2")
+                            .arg(wanted, phaseNames().join(QStringLiteral(", "))));
+    // A phase may be over before anybody looks, so its coming is listened for.
+    const auto listener = std::make_shared<QObject>();
+    const auto came = std::make_shared<bool>(receiver->state().phase == wanted);
+    QObject::connect(receiver, &Receiver::phaseChanged, listener.get(),
+                     [came, wanted](const QString &phase) { *came = *came || phase == wanted; });
+    Waiting::start(
+        call,
+        [listener, came, wanted]() -> std::optional<QJsonObject> {
+            return *came ? std::make_optional(QJsonObject{{"phase", wanted}}) : std::nullopt;
+        },
+        [receiver, wanted] {
+            return QStringLiteral("the receiver is not in %1 but in %2")
+                .arg(wanted, receiver->state().phase);
+        });
+}
+
+// A handler that fails where no simulated receiver is.
+template <typename Answer>
+Method::Handler asked(const Receiver *receiver, Answer answer)
+{
+    return [receiver, answer](const Call &call) {
+        if (receiver == nullptr)
+            throw CallError(ErrorClass::Unavailable,
+                            QStringLiteral("a real device stands in the receiver's place"));
+        answer(call);
+    };
+}
+
+QVector<Parameter> settingsParameters()
+{
+    return {optional("powered", ParameterType::Boolean, "off: silent, but the line stays up"),
+            optional("line_rate", ParameterType::Boolean,
+                     "answers wait until their bytes would have passed the line"),
+            optional("download_rate", ParameterType::Integer,
+                     "baud after the switch; 0: the rate that the host uses"),
+            optional("hw_code", ParameterType::Integer, "of the chip"),
+            optional("hw_subcode", ParameterType::Integer, "of the chip"),
+            optional("flash_id", ParameterType::List, "three words of 16 bits"),
+            optional("watchdog_ms", ParameterType::Integer,
+                     "from the synchronisation to a reset; 0: none")};
+}
+
+Parameter flashLength()
+{
+    Parameter length = required("length", ParameterType::Integer, "bytes");
+    length.minimum = 0;
+    length.maximum = 4LL * 1024 * 1024;
+    return length;
+}
+
+Parameter seed()
+{
+    Parameter parameter = optional("seed", ParameterType::Integer,
+                                   "of the faults' chances; the same seed brings the same faults");
+    parameter.minimum = 0;
+    return parameter;
+}
+
+void addSettings(Dispatcher *dispatcher, UnitDocument *document, Receiver *receiver)
+{
+    dispatcher->add({"receiver.state",
+                     {},
+                     "Where the dialogue stands, the baud rates, counts and what went wrong",
+                     "",
+                     asked(receiver, [receiver](const Call &call) {
+                         call.responder.succeed(toJson(receiver->state()));
+                     })});
+    dispatcher->add({"receiver.set", settingsParameters(),
+                     "Changes how the receiver is built; counts from its next use",
+                     "line_rate=false", asked(receiver, [document](const Call &call) {
+                         setUnitValue(document, kBranch, call.arguments.object());
+                         call.responder.succeed();
+                     })});
+    dispatcher->add(
+        {"receiver.faults",
+         {optional("set", ParameterType::List, "faults to come, in place of those before"),
+          optional("clear", ParameterType::Boolean, "takes all faults away"), seed()},
+         "Sets faults; answers with each fault, how often it struck and what it did",
+         R"(set='[{"kind":"drop","step":"packet","packet":3}]' seed=7)",
+         asked(receiver, [document, receiver](const Call &call) {
+             call.responder.succeed(faults(document, *receiver, call.arguments));
+         })});
+}
+
+void addRecord(Dispatcher *dispatcher, Receiver *receiver)
+{
+    dispatcher->add({"receiver.dialogue",
+                     {since()},
+                     "The frames of both directions, a line of words each; 'more' says that 'next' "
+                     "asks for a rest",
+                     "since=0",
+                     asked(receiver, [receiver](const Call &call) {
+                         call.responder.succeed(
+                             dialogue(*receiver, call.arguments.integer("since")));
+                     })});
+    dispatcher->add(
+        {"receiver.flash",
+         {required("address", ParameterType::Address, "of the first byte"), flashLength(),
+          optional("content", ParameterType::Boolean, "false: only the SHA-256")},
+         "Content of the flash as base64, and its SHA-256",
+         "address=0x08000000 length=16",
+         asked(receiver, [receiver](const Call &call) {
+             call.responder.succeed(flash(*receiver, call.arguments));
+         })});
+    dispatcher->add(
+        {"receiver.wait",
+         {required("phase", ParameterType::Text, "a phase of the receiver"), timeout()},
+         "Answers when the receiver is in the phase, or passes through it",
+         "phase=application timeout_ms=2000",
+         asked(receiver, [receiver](const Call &call) { waitForPhase(call, receiver); })});
+}
+
+} // namespace
+
+void addReceiverMethods(Dispatcher *dispatcher, UnitDocument *document, Receiver *receiver)
+{
+    addSettings(dispatcher, document, receiver);
+    addRecord(dispatcher, receiver);
+    dispatcher->addEvent("receiver.phase", "'phase': the receiver has got there");
+    dispatcher->addEvent("receiver.anomaly", "'text': what came, and what was expected");
+    dispatcher->addToSchema("phases", QJsonArray::fromStringList(phaseNames()));
+    dispatcher->addToSchema("steps", QJsonArray::fromStringList(stepNames()));
+    dispatcher->addToSchema("faults", QJsonArray::fromStringList(Fault::kindNames()));
+    if (receiver == nullptr)
+        return;
+    QObject::connect(receiver, &Receiver::phaseChanged, dispatcher,
+                     [dispatcher](const QString &phase) {
+                         emit dispatcher->eventHappened("receiver.phase", {{"phase", phase}});
+                     });
+    QObject::connect(receiver, &Receiver::anomalyFound, dispatcher,
+                     [dispatcher](const QString &text) {
+                         emit dispatcher->eventHappened("receiver.anomaly", {{"text", text}});
+                     });
+}
+
+} // namespace bench

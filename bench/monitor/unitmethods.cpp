@@ -1,0 +1,107 @@
+#include "unitmethods.h"
+
+#include "dispatcher.h"
+
+#include "bench/unit/headunit.h"
+#include "bench/unit/unitdocument.h"
+#include "gpsservice/gpsservice.h"
+
+namespace bench {
+
+namespace {
+
+QJsonObject get(const UnitDocument &document, const QString &path)
+{
+    const std::optional<QJsonValue> value = document.value(path);
+    if (!value)
+        throw CallError(ErrorClass::NotFound, QStringLiteral("the unit has no %1").arg(path));
+    return {{"value", *value}};
+}
+
+QJsonObject emitSignal(const QString &name)
+{
+    gpsservice::GpsService *service = gpsservice::GpsService::instance();
+    if (name == QLatin1String("gnss.status"))
+        emit service->krnmInfoRefresh(unit().gnss.info);
+    else if (name == QLatin1String("gnss.version"))
+        emit service->gpsFirmwareVersion(unit().gnss.version);
+    else if (name == QLatin1String("gnss.module_kind"))
+        emit service->modualApatationCompelete(unit().gnss.moduleKind);
+    else
+        throw CallError(ErrorClass::NotFound,
+                        QStringLiteral("no signal %1; there are: gnss.status, gnss.version, "
+                                       "gnss.module_kind")
+                            .arg(name));
+    return {};
+}
+
+QJsonArray describePaths(const UnitDocument &document)
+{
+    QJsonArray rows;
+    for (const UnitDocument::Entry &entry : document.entries())
+        rows.append(QJsonObject{
+            {"path", entry.path}, {"type", entry.type}, {"description", entry.description}});
+    return rows;
+}
+
+void addUnitEvents(Dispatcher *dispatcher)
+{
+    dispatcher->addEvent("unit.popup", "'text': a message that the unit shows for a while");
+    QObject::connect(&unit(), &HeadUnit::popupShown, dispatcher, [dispatcher](const QString &text) {
+        emit dispatcher->eventHappened("unit.popup", {{"text", text}});
+    });
+
+    dispatcher->addEvent("unit.reset", "'kind': system, factory or reboot");
+    const auto announce = [dispatcher](const char *kind) {
+        emit dispatcher->eventHappened("unit.reset", {{"kind", QString::fromLatin1(kind)}});
+    };
+    QObject::connect(&unit(), &HeadUnit::systemResetRequested, dispatcher,
+                     [announce] { announce("system"); });
+    QObject::connect(&unit(), &HeadUnit::factoryResetRequested, dispatcher,
+                     [announce] { announce("factory"); });
+    QObject::connect(&unit(), &HeadUnit::rebootRequested, dispatcher,
+                     [announce] { announce("reboot"); });
+}
+
+} // namespace
+
+void setUnitValue(UnitDocument *document, const QString &path, const QJsonValue &value)
+{
+    const UnitDocument::Problem problem = document->setValue(path, value);
+    if (problem.kind != UnitDocument::Problem::None)
+        throw CallError(problem.kind == UnitDocument::Problem::UnknownKey ? ErrorClass::NotFound
+                                                                          : ErrorClass::Argument,
+                        problem.message);
+}
+
+void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document)
+{
+    dispatcher->add(
+        {"unit.get",
+         {optional("path", ParameterType::Text, "a value or a branch; empty: the whole unit")},
+         "State of the simulated unit",
+         "path=gnss.module_kind",
+         direct([document](const Arguments &arguments) {
+             return get(*document, arguments.text("path"));
+         })});
+    dispatcher->add(
+        {"unit.set",
+         {required("path", ParameterType::Text, "a value or a branch"),
+          required("value", ParameterType::Any, "the new value; for a branch an object")},
+         "Changes the unit; a value that does not fit changes nothing",
+         "path=gnss.module_kind value=2",
+         direct([document](const Arguments &arguments) {
+             setUnitValue(document, arguments.text("path"), arguments.value("value"));
+             return QJsonObject();
+         })});
+    dispatcher->add(
+        {"unit.emit",
+         {required("signal", ParameterType::Text, "gnss.status, gnss.version or gnss.module_kind")},
+         "Has a service tell the plug-in what the unit's state is",
+         "signal=gnss.status",
+         direct([](const Arguments &arguments) { return emitSignal(arguments.text("signal")); })});
+    dispatcher->addToSchema("paths", describePaths(*document));
+    addUnitEvents(dispatcher);
+}
+
+} // namespace bench

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "bench/bench.h"
+
+#include <QWidget>
+
+class QGroupBox;
+class QLabel;
+class QSpinBox;
+
+namespace bench {
+
+// What the operator does to the unit beside its screen (keys, GNSS module, USB disks,
+// pictures) and sees of the receiver. GUI thread.
+class OperatorPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit OperatorPanel(const Bench &bench, QWidget *parent = nullptr);
+
+private:
+    QGroupBox *keys();
+    QGroupBox *gnss();
+    QGroupBox *disks();
+    void sendKey();
+    void takePicture();
+
+    Bench bench;
+    QSpinBox *keyCode = nullptr;
+    QLabel *result = nullptr; // of the last thing done
+    int pictures = 0;         // taken so far
+};
+
+} // namespace bench

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QGroupBox>
+#include <QTimer>
+
+class QLabel;
+
+namespace bench {
+
+class Receiver;
+
+// Where the simulated receiver stands. Looks twice a second while bytes pass, and rests
+// while the line does. GUI thread.
+class ReceiverView : public QGroupBox
+{
+    Q_OBJECT
+
+public:
+    // `receiver` outlives the view; null while a real one stands in its place.
+    explicit ReceiverView(Receiver *receiver, QWidget *parent = nullptr);
+
+private:
+    void wake();
+    void look();
+
+    Receiver *receiver;
+    QTimer looks;
+    int quietLooks = 0; // in a row, without a byte
+    qint64 bytesSeen = 0;
+    QLabel *phase;
+    QLabel *line;
+    QLabel *traffic;
+    QLabel *counts;
+    QLabel *reset;
+};
+
+} // namespace bench

@@ -1,0 +1,208 @@
+#include "preparation.h"
+
+#include "serialdevice.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What the update page reads from a package folder.
+constexpr const char *kPackageFiles[] = {"flash_download.cfg", "partition_table.bin",
+                                         "bootloader.bin", "gnss_demo.bin", "gnss_config.bin"};
+
+// Folders that the private root has of its own: the machine's would take their place.
+constexpr const char *kOwnFolders[] = {"/", "/run", "/var", "/media"};
+constexpr const char *kOwnTrees[] = {"/dev",          "/proc",       "/sys",
+                                     "/run/unit",     "/run/lock",   "/media/flash",
+                                     "/media/update", "/media/usb0", "/media/usb1"};
+
+// Prefix of the words about one option.
+std::string about(const char *option, const std::string &path)
+{
+    return std::string("--") + option + ": " + path;
+}
+
+std::string absolute(const std::string &path)
+{
+    return fs::absolute(path).lexically_normal().string();
+}
+
+bool isWithin(const std::string &path, const std::string &folder)
+{
+    return path == folder || path.compare(0, folder.size() + 1, folder + "/") == 0;
+}
+
+bool belongsToRoot(const std::string &path)
+{
+    for (const char *folder : kOwnFolders) {
+        if (path == folder)
+            return true;
+    }
+    for (const char *tree : kOwnTrees) {
+        if (isWithin(path, tree))
+            return true;
+    }
+    return false;
+}
+
+// Each of these returns what is wrong, or nothing.
+
+std::string readableFolder(const char *option, const std::string &path, const char *cure)
+{
+    std::error_code ignored;
+    if (!fs::is_directory(path, ignored))
+        return about(option, path) + " is no folder; " + cure;
+    if (::access(path.c_str(), R_OK | X_OK) != 0)
+        return about(option, path) + " may not be read; give yourself the right, or " + cure;
+    return std::string();
+}
+
+std::string readableFile(const char *option, const std::string &path, const char *cure)
+{
+    std::error_code ignored;
+    if (!fs::is_regular_file(path, ignored))
+        return about(option, path) + " is no file; " + cure;
+    if (::access(path.c_str(), R_OK) != 0)
+        return about(option, path) + " may not be read; give yourself the right, or " + cure;
+    return std::string();
+}
+
+std::string writableFolder(const char *option, const std::string &path)
+{
+    if (belongsToRoot(path))
+        return about(option, path) + " is the system's; name a folder of your own";
+    if (::access(path.c_str(), W_OK | X_OK) != 0)
+        return about(option, path) + " may not be written; name a folder of your own";
+    return std::string();
+}
+
+// Made if it is not there yet.
+std::string pictureFolder(const char *option, const std::string &path)
+{
+    std::error_code error;
+    if (fs::exists(path, error) && !fs::is_directory(path, error))
+        return about(option, path) + " is no folder; name another";
+    if (belongsToRoot(path))
+        return about(option, path) + " is the system's; name a folder of your own";
+    fs::create_directories(path, error);
+    if (error)
+        return about(option, path) + " cannot be made (" + error.message() + "); name another";
+    return writableFolder(option, path);
+}
+
+std::string socketPath(const std::string &path)
+{
+    constexpr size_t kLongestSocketPath = 107; // what the kernel takes
+    std::error_code ignored;
+    const std::string folder = fs::path(path).parent_path().string();
+    if (path.size() > kLongestSocketPath)
+        return about("monitor", path) + " is too long for a socket; name a shorter path";
+    if (!fs::is_directory(folder, ignored))
+        return about("monitor", folder) + " is no folder; make it, or name another";
+    if (fs::exists(path, ignored) && !fs::is_socket(path, ignored))
+        return about("monitor", path) + " is there and no socket; name another";
+    return writableFolder("monitor", folder);
+}
+
+std::string package(const std::string &path)
+{
+    const char *cure = "name a folder with an update package";
+    std::string trouble = readableFolder("package", path, cure);
+    for (const char *file : kPackageFiles) {
+        if (!trouble.empty())
+            break;
+        trouble = readableFile("package", path + "/" + file, cure);
+    }
+    return trouble;
+}
+
+void fillInDefaults(CommandLine *options)
+{
+    const std::string prefix = installationPrefix();
+    if (options->plugin.empty()) {
+        options->plugin = prefix + "/" TESTMODE_PLUGIN_FOLDER "/libtestmode.so";
+        if (!fs::exists(options->plugin))
+            options->plugin = prefix + "/lib/libtestmode.so"; // not installed: the build tree
+    }
+    const std::string sample = prefix + "/share/headunit/package";
+    if (options->package.empty() && fs::exists(sample))
+        options->package = sample;
+}
+
+std::string checkInputs(const CommandLine &options)
+{
+    std::string trouble = readableFile("plugin", options.plugin, "name the plug-in's file");
+    if (trouble.empty() && !options.package.empty())
+        trouble = package(options.package);
+    const char *const usbOptions[] = {"usb0", "usb1"};
+    for (int port = 0; port < 2; ++port) {
+        if (trouble.empty() && !options.usb[port].empty())
+            trouble = readableFolder(usbOptions[port], options.usb[port],
+                                     "name the folder that stands for the disk");
+    }
+    if (trouble.empty() && !options.unit.empty())
+        trouble = readableFile("unit", options.unit, "name a file with the unit's state");
+    if (trouble.empty() && !options.uart.empty()) {
+        trouble = claimSerialDevice(options.uart);
+        if (!trouble.empty())
+            trouble = "--uart: " + trouble;
+    }
+    if (trouble.empty() && !options.monitor.empty())
+        trouble = socketPath(options.monitor);
+    if (trouble.empty() && !options.tour.empty())
+        trouble = pictureFolder("tour", options.tour); // nothing is made for a start that fails
+    if (trouble.empty() && !options.pictures.empty())
+        trouble = pictureFolder("pictures", options.pictures);
+    return trouble;
+}
+
+} // namespace
+
+bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
+{
+    fillInDefaults(options);
+    for (std::string *path :
+         {&options->tour, &options->pictures, &options->monitor, &options->package,
+          &options->usb[0], &options->usb[1], &options->unit, &options->plugin})
+        *path = path->empty() ? *path : absolute(*path);
+    if (!options->uart.empty()) {
+        std::error_code missing;
+        const fs::path device = fs::canonical(options->uart, missing); // by-id names are links
+        options->uart = missing ? absolute(options->uart) : device.string();
+    }
+
+    *error = checkInputs(*options);
+    if (!error->empty())
+        return false;
+
+    layout->supervised = true;
+    layout->uart = options->uart;
+    layout->readOnly.push_back({options->plugin, options->plugin});
+    if (!options->unit.empty())
+        layout->readOnly.push_back({options->unit, options->unit});
+    if (!options->package.empty())
+        layout->readOnly.push_back({options->package, kPackageFolder});
+    for (int port = 0; port < 2; ++port) {
+        if (!options->usb[port].empty())
+            layout->readOnly.push_back({options->usb[port], kUsbFolders[port]});
+    }
+    for (const std::string &folder : {options->tour, options->pictures}) {
+        if (!folder.empty())
+            layout->writable.push_back(folder);
+    }
+    if (!options->monitor.empty())
+        layout->writable.push_back(fs::path(options->monitor).parent_path().string());
+    return true;
+}
+
+} // namespace bench

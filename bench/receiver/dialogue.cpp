@@ -1,0 +1,53 @@
+#include "dialogue.h"
+
+#include <algorithm>
+
+namespace bench {
+
+QString DialogueLine::text() const
+{
+    static const char *const kArrows[] = {"host -> receiver", "receiver -> host", "event"};
+    QString words = QStringLiteral("%1 %2 ms %3").arg(number).arg(elapsed).arg(kArrows[direction]);
+    if (direction != Event)
+        words += QStringLiteral(" %1 baud").arg(baud);
+    if (!step.isEmpty())
+        words += QLatin1String(" ") + step;
+    words += QLatin1String(": ") + meaning;
+    if (length > 0)
+        words += QStringLiteral(" [%1%2]").arg(
+            QString::fromLatin1(bytes.toHex(' ')),
+            length > bytes.size() ? QStringLiteral(" ... %1 bytes").arg(length) : QString());
+    return words;
+}
+
+namespace chip {
+
+void Dialogue::add(DialogueLine line)
+{
+    line.length = line.bytes.size();
+    line.bytes.truncate(kShownBytes);
+    const QMutexLocker lock(&mutex);
+    line.number = ++lastNumber;
+    if (list.size() >= kLongest)
+        list.remove(0, kLongest / 10); // a tenth at once: removing at the front moves the rest
+    list.append(line);
+}
+
+QVector<DialogueLine> Dialogue::lines(int since) const
+{
+    const QMutexLocker lock(&mutex);
+    const auto first = std::find_if(list.begin(), list.end(), [since](const DialogueLine &line) {
+        return line.number > since;
+    });
+    return QVector<DialogueLine>(first, list.end());
+}
+
+void Dialogue::clear()
+{
+    const QMutexLocker lock(&mutex);
+    list.clear();
+}
+
+} // namespace chip
+
+} // namespace bench

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "receiverstate.h"
+
+#include <QMutex>
+
+namespace bench::chip {
+
+// The frames of both directions in words, with what struck between them. Any thread.
+class Dialogue
+{
+public:
+    static constexpr int kLongest = 20000; // lines that are kept
+    static constexpr int kShownBytes = 64; // of a frame
+
+    // Numbers the line and keeps the beginning of its bytes; `line.length` is filled in.
+    void add(DialogueLine line);
+
+    QVector<DialogueLine> lines(int since) const;
+    void clear(); // numbers go on
+
+private:
+    mutable QMutex mutex;
+    QVector<DialogueLine> list;
+    int lastNumber = 0;
+};
+
+} // namespace bench::chip

@@ -1,0 +1,41 @@
+#include "flash.h"
+
+namespace bench::chip {
+
+Flash::Flash()
+    : content(static_cast<int>(kSize), '\xFF'), owners(static_cast<int>(kSize / kSectorSize), 0)
+{
+}
+
+bool Flash::contains(quint32 address, quint32 length)
+{
+    return address >= kBase && length <= kSize && address - kBase <= kSize - length;
+}
+
+int Flash::writeSector(quint32 address, const QByteArray &bytes, int image)
+{
+    Q_ASSERT(contains(address, kSectorSize) && (address - kBase) % kSectorSize == 0);
+    Q_ASSERT(bytes.size() == static_cast<int>(kSectorSize));
+    const QMutexLocker lock(&mutex);
+    content.replace(static_cast<int>(address - kBase), bytes.size(), bytes);
+    int &owner = owners[static_cast<int>((address - kBase) / kSectorSize)];
+    const int before = owner;
+    owner = image;
+    return before == image ? 0 : before;
+}
+
+QByteArray Flash::read(quint32 address, int length) const
+{
+    if (length < 0 || !contains(address, static_cast<quint32>(length)))
+        return QByteArray();
+    const QMutexLocker lock(&mutex);
+    return content.mid(static_cast<int>(address - kBase), length);
+}
+
+void Flash::forgetImages()
+{
+    const QMutexLocker lock(&mutex);
+    owners.fill(0);
+}
+
+} // namespace bench::chip

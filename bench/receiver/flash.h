@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMutex>
+#include <QVector>
+
+namespace bench::chip {
+
+// The receiver's flash: 4 MiB at 0x08000000, 0xFF where erased. Any thread.
+class Flash
+{
+public:
+    static constexpr quint32 kBase = 0x08000000;
+    static constexpr quint32 kSize = 4 * 1024 * 1024;
+    static constexpr quint32 kSectorSize = 4096; // erased as a whole before it is written
+
+    Flash();
+
+    static bool contains(quint32 address, quint32 length);
+
+    // Replaces one sector. Returns the number of the image that wrote it since the last
+    // reset, when that was another one; else 0. The address is a sector's, in the flash.
+    int writeSector(quint32 address, const QByteArray &bytes, int image);
+
+    // Empty when the range leaves the flash.
+    QByteArray read(quint32 address, int length) const;
+
+    void forgetImages(); // a reset
+
+private:
+    mutable QMutex mutex;
+    QByteArray content;
+    QVector<int> owners; // image number of each sector since the reset; 0: none
+};
+
+} // namespace bench::chip

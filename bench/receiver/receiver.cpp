@@ -1,0 +1,115 @@
+#include "receiver.h"
+
+#include "chip.h"
+
+#include <QThread>
+
+namespace bench {
+
+struct Receiver::Parts
+{
+    chip::Chip chip;
+    std::unique_ptr<QThread> thread; // null while closed
+    QMutex opening;                  // open() and close() of several threads
+    chip::Guarded<QString> path;
+};
+
+Receiver::Receiver(QObject *parent) : QObject(parent), parts(std::make_unique<Parts>())
+{
+    parts->chip.logbook.onPhase = [this](const QString &phase) { emit phaseChanged(phase); };
+    parts->chip.logbook.onAnomaly = [this](const QString &text) { emit anomalyFound(text); };
+}
+
+Receiver::~Receiver()
+{
+    close();
+}
+
+QString Receiver::open(QString *error)
+{
+    const QMutexLocker lock(&parts->opening);
+    if (parts->thread)
+        return path();
+    chip::Chip &chip = parts->chip;
+    if (!chip.line.open(error))
+        return QString();
+    parts->path.set(chip.line.path());
+    chip.pins.listen();
+    chip.logbook.open();
+    parts->thread.reset(QThread::create([&chip] { chip.run(); }));
+    parts->thread->setObjectName(QStringLiteral("receiver"));
+    parts->thread->start();
+    chip.pins.awaitListener();
+    return path();
+}
+
+QString Receiver::path() const
+{
+    return parts->path.get();
+}
+
+void Receiver::close()
+{
+    const QMutexLocker lock(&parts->opening);
+    if (!parts->thread)
+        return;
+    parts->chip.pins.stop();
+    parts->thread->wait();
+    parts->thread.reset();
+    parts->chip.line.close();
+    parts->path.set(QString());
+}
+
+void Receiver::setReset(bool asserted)
+{
+    parts->chip.pins.setReset(asserted);
+}
+
+ReceiverSettings Receiver::settings() const
+{
+    return parts->chip.settings.get();
+}
+
+void Receiver::setSettings(const ReceiverSettings &settings)
+{
+    parts->chip.settings.set(settings);
+    parts->chip.pins.setPowered(settings.powered);
+}
+
+void Receiver::setFaults(const QVector<Fault> &faults, quint32 seed)
+{
+    parts->chip.faults.set(faults, seed);
+}
+
+void Receiver::clearFaults()
+{
+    parts->chip.faults.set({}, 0);
+}
+
+QVector<FaultReport> Receiver::faultReports() const
+{
+    return parts->chip.faults.reports();
+}
+
+ReceiverState Receiver::state() const
+{
+    return parts->chip.logbook.state();
+}
+
+void Receiver::clearRecord()
+{
+    parts->chip.logbook.clearAnomalies();
+    parts->chip.dialogue.clear();
+}
+
+QByteArray Receiver::flash(quint32 address, int length) const
+{
+    return parts->chip.flash.read(address, length);
+}
+
+QVector<DialogueLine> Receiver::dialogue(int since) const
+{
+    return parts->chip.dialogue.lines(since);
+}
+
+} // namespace bench

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "fault.h"
+#include "receiverstate.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace bench {
+
+// The simulated GNSS receiver on a pseudo-terminal. It lives on a thread of its own
+// from open() to close(); every function may be called from any thread.
+class Receiver : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Receiver(QObject *parent = nullptr);
+    ~Receiver() override;
+
+    // Makes the line and starts the receiver, which runs its application. Returns the
+    // path that a host opens; empty with `error` set when the machine gives no line.
+    QString open(QString *error = nullptr);
+    QString path() const; // empty while closed
+
+    // Takes the line down. Flash, settings and faults stay; another open() makes a new line.
+    void close();
+
+    // The reset line. Returns when the receiver has seen the change, so that bytes sent
+    // before it meet the old state and bytes sent after it the new one.
+    void setReset(bool asserted);
+
+    ReceiverSettings settings() const;
+    void setSettings(const ReceiverSettings &settings);
+
+    // Faults to come, in place of those before; the same seed brings the same faults.
+    void setFaults(const QVector<Fault> &faults, quint32 seed = 0);
+    void clearFaults();
+    QVector<FaultReport> faultReports() const;
+
+    ReceiverState state() const;
+    void clearRecord(); // anomalies and dialogue; numbers of lines go on
+
+    // 4 MiB at 0x08000000, 0xFF where nothing was written; empty when the range leaves it.
+    QByteArray flash(quint32 address, int length) const;
+
+    // Lines with a number above `since`; the last 20000 are kept.
+    QVector<DialogueLine> dialogue(int since = 0) const;
+
+signals:
+    // Emitted in the receiver's thread.
+    void phaseChanged(const QString &phase);
+    void anomalyFound(const QString &text);
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts;
+};
+
+} // namespace bench

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// What of the machine's own tree the private root shows beside the read-only rest,
+// and how the program inside is looked after. All paths are absolute and exist.
+struct RootLayout
+{
+    struct Mount
+    {
+        std::string source;
+        std::string target; // created if need be
+    };
+
+    std::vector<std::string> writable; // folders that stay writable under their own name
+    std::vector<Mount> readOnly;       // files and folders shown elsewhere: disks, the package
+    std::string uart;                  // a serial device to show as /dev/ttyS4; empty: none
+
+    // True: this process stays outside and looks after the program inside, which learns
+    // of SIGINT, SIGTERM and SIGHUP through stopDescriptor(). False: it becomes the root.
+    bool supervised = false;
+};
+
+// Exit status when the machine refuses a private root.
+constexpr int kNoPrivateRoot = 6;
+
+// Folder of the private root that the bench keeps its own files in; also the
+// working directory of the program inside.
+constexpr char kUnitFolder[] = "/run/unit";
+
+// Folder that holds the program's bin/, lib/, libexec/ and share/.
+std::string installationPrefix();
+
+// True in the program that enterPrivateRoot() has started inside, and in no other:
+// a program that this one starts in turn is outside of any root of its own.
+bool insidePrivateRoot();
+
+// Runs the program anew in a private root of its own, with the words of argv as they are,
+// and never returns outside; inside it returns at once, with the unit's device files
+// made. Must be called before any thread is started. Ends the program with
+// kNoPrivateRoot and one line on standard error where the machine refuses.
+void enterPrivateRoot(char **argv, const RootLayout &layout);
+
+// Readable, inside a supervised root, once the program is asked to end; -1 elsewhere.
+int stopDescriptor();
+
+} // namespace bench

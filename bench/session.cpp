@@ -1,0 +1,168 @@
+#include "session.h"
+
+#include "appearance.h"
+#include "complaint.h"
+#include "preparation.h"
+
+#include "bench/monitor/monitor.h"
+#include "bench/panel/operatorwindow.h"
+#include "bench/tour/tour.h"
+#include "bench/unit/headunit.h"
+
+#include <QApplication>
+#include <QFile>
+
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace bench {
+
+namespace {
+
+const QString kUart = QStringLiteral("/dev/ttyS4");
+
+} // namespace
+
+Session::Session(const CommandLine &commandLine)
+    : options(commandLine), document(&unit()), stopRequests(stopDescriptor(), QSocketNotifier::Read)
+{
+    trace.setQuiet(!options.trace);
+    connect(&stopRequests, &QSocketNotifier::activated, this, &Session::end);
+    QApplication::setQuitOnLastWindowClosed(false);
+    connect(qApp, &QApplication::lastWindowClosed, this, &Session::end);
+}
+
+Session::~Session() = default;
+
+int Session::run()
+{
+    unit().powerOn();
+    for (const auto step : {&Session::attachReceiver, &Session::loadPlugin, &Session::loadUnitState,
+                            &Session::listen}) {
+        const int status = (this->*step)();
+        if (status != kDone)
+            return status;
+    }
+    host.home();
+    showScreen();
+    startTour();
+
+    const int status = QApplication::exec();
+    if (tour && tour->isRunning())
+        leaveTourBehind(status);
+    return status;
+}
+
+int Session::attachReceiver()
+{
+    if (!options.uart.empty()) {
+        remark("--uart: the bench cannot drive the reset line of a real receiver; reset it by "
+               "hand when the update begins");
+        return kDone;
+    }
+    ReceiverSettings settings = receiver.settings();
+    settings.keepLineRate = !options.fullSpeed;
+    receiver.setSettings(settings);
+    QString error;
+    const QString line = receiver.open(&error);
+    if (line.isEmpty() || !QFile::link(line, kUart))
+        return complain("no line for the simulated receiver: " + error.toStdString(), kFault);
+
+    // Direct: the worker drives the line from its own thread and counts on its effect.
+    connect(&unit(), &HeadUnit::gnssResetChanged, &receiver, &Receiver::setReset,
+            Qt::DirectConnection);
+    return kDone;
+}
+
+int Session::loadPlugin()
+{
+    QString error;
+    if (!host.load(QString::fromStdString(options.plugin), &error))
+        return complain("--plugin: " + error.toStdString(), kNotThere);
+    return kDone;
+}
+
+// The state from the file, with what the command line attaches to it.
+int Session::loadUnitState()
+{
+    const bool simulated = options.uart.empty();
+    parts = {&host, simulated ? &receiver : nullptr, &trace, options};
+    dispatcher = makeDispatcher(parts, &document);
+    connect(dispatcher.get(), &Dispatcher::quitRequested, this, &Session::end,
+            Qt::QueuedConnection);
+    if (!options.unit.empty()) {
+        const QString error = loadUnitFile(&document, QString::fromStdString(options.unit));
+        if (!error.isEmpty())
+            return complain("--unit: " + error.toStdString(), kNotThere);
+    }
+    attachNamedFolders();
+    return kDone;
+}
+
+void Session::attachNamedFolders()
+{
+    if (!options.package.empty())
+        unit().system.updateFolder = QLatin1String(kPackageFolder);
+    for (int port = 0; port < 2; ++port) {
+        if (options.usb[port].empty())
+            continue;
+        unit().usb.ports[port].disk = true;
+        unit().usb.ports[port].path = QLatin1String(kUsbFolders[port]);
+    }
+}
+
+int Session::listen()
+{
+    if (options.monitor.empty())
+        return kDone;
+    monitor = std::make_unique<MonitorServer>(dispatcher.get(), greeting(parts));
+    QString error;
+    return monitor->listen(QString::fromStdString(options.monitor), &error)
+        ? kDone
+        : complain("--monitor: " + error.toStdString(), kNotThere);
+}
+
+void Session::showScreen()
+{
+    if (!isOnDisplay()) {
+        host.screen()->show();
+        return;
+    }
+    // By hand the status page is alive; a script says itself what the receiver sees.
+    if (options.tour.empty() && options.monitor.empty() && options.unit.empty())
+        unit().followSky(true);
+    operatorWindow = std::make_unique<OperatorWindow>(parts);
+    operatorWindow->show();
+}
+
+// The tour drives the bench from a thread of its own, and ends it.
+void Session::startTour()
+{
+    if (options.tour.empty())
+        return;
+    tour = std::make_unique<Tour>(dispatcher.get(), QString::fromStdString(options.tour));
+    connect(tour.get(), &Tour::finished, this, [this] {
+        tour->wait();
+        QCoreApplication::exit(tour->failures() == 0 ? kDone : kCheckFailed);
+    });
+    tour->start();
+}
+
+// It waits in its thread for an answer that nobody gives any more.
+void Session::leaveTourBehind(int status)
+{
+    host.destroyWindow();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    std::fflush(nullptr);
+    ::_exit(status);
+}
+
+// A tour that was cut short has not succeeded.
+void Session::end()
+{
+    stopRequests.setEnabled(false);
+    QCoreApplication::exit(options.tour.empty() ? kDone : kCheckFailed);
+}
+
+} // namespace bench

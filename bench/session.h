@@ -1,0 +1,61 @@
+#pragma once
+
+#include "bench/bench.h"
+#include "bench/host/host.h"
+#include "bench/monitor/monitorserver.h"
+#include "bench/receiver/receiver.h"
+#include "bench/unit/tracelog.h"
+#include "bench/unit/unitdocument.h"
+
+#include <QObject>
+#include <QSocketNotifier>
+
+#include <memory>
+#include <string>
+
+namespace bench {
+
+class OperatorWindow;
+class Tour;
+
+// One run of the bench inside the private root: switches the unit on with what the
+// command line attaches to it, and runs until the tour ends, a script says so, the
+// window is closed or the process is asked to stop. GUI thread; owns all parts.
+class Session : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Session(const CommandLine &options);
+    ~Session() override;
+
+    // The event loop, and the exit status of the program.
+    int run();
+
+private:
+    // Each says on standard error what is wrong, and returns the exit status.
+    int attachReceiver();
+    int loadPlugin();
+    int loadUnitState();
+    int listen();
+
+    void attachNamedFolders();
+    void showScreen();
+    void startTour();
+    [[noreturn]] void leaveTourBehind(int status);
+    void end();
+
+    CommandLine options;
+    TraceLog trace;
+    Receiver receiver;
+    Host host;
+    UnitDocument document;
+    Bench parts;
+    std::unique_ptr<Dispatcher> dispatcher;
+    std::unique_ptr<MonitorServer> monitor;
+    std::unique_ptr<Tour> tour;
+    std::unique_ptr<OperatorWindow> operatorWindow;
+    QSocketNotifier stopRequests;
+};
+
+} // namespace bench

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform_api.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QMutex>
+#include <QObject>
+#include <QStringList>
+#include <QVector>
+
+namespace bench {
+
+// One call that the plug-in made of the unit.
+struct PLATFORM_API JournalEntry
+{
+    int number = 0;       // from 1, without gaps
+    qint64 elapsed = 0;   // milliseconds since the journal began
+    QString service;      // a platform class, "shell" or "framework"
+    QString call;         // operation; for "shell" the whole command text
+    QJsonArray arguments; // for "shell" the exit status, once the command has ended
+
+    // "McuService.setResetSystem(1)"; for the shell "shell: sync".
+    QString text() const;
+};
+
+// The ordered record of every service call, shell command and framework event.
+// Any thread may write and read.
+class PLATFORM_API Journal : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Journal(QObject *parent = nullptr);
+
+    // Returns the entry's number.
+    int call(const QString &service, const QString &operation, const QJsonArray &arguments = {});
+
+    // Replaces the arguments of an entry that is known only later: an exit status.
+    void complete(int number, const QJsonArray &arguments);
+
+    // Entries with a number above `since`; at least the last 100,000 are kept.
+    QVector<JournalEntry> entries(int since = 0) const;
+    QStringList texts(int since = 0) const;
+    int lastNumber() const;
+
+    void clear();
+
+signals:
+    // Emitted in the thread of the call.
+    void added(int number);
+
+private:
+    mutable QMutex mutex;
+    QElapsedTimer clock;
+    QVector<JournalEntry> list;
+};
+
+// The one journal of the process.
+PLATFORM_API Journal &journal();
+
+} // namespace bench

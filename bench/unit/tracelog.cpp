@@ -1,0 +1,82 @@
+#include "tracelog.h"
+
+namespace bench {
+
+namespace {
+
+TraceLog *active = nullptr;
+
+QString payloadOf(const QString &line)
+{
+    const QString mark = QStringLiteral(" -- ");
+    const int at = line.startsWith(QLatin1String("[DBG]")) ? line.indexOf(mark) : -1;
+    return at < 0 ? line : line.mid(at + mark.size());
+}
+
+} // namespace
+
+TraceLog::TraceLog(QObject *parent) : QObject(parent)
+{
+    active = this;
+    previous = qInstallMessageHandler(handle);
+}
+
+TraceLog::~TraceLog()
+{
+    qInstallMessageHandler(previous);
+    active = nullptr;
+}
+
+void TraceLog::handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    TraceLog *log = active;
+    bool forward = true;
+    {
+        const QMutexLocker lock(&log->mutex);
+        if (type == QtDebugMsg) {
+            log->debugLines << text;
+            forward = !log->quiet;
+        } else if (type != QtInfoMsg) {
+            log->warningLines << text;
+        }
+    }
+    if (forward && log->previous)
+        log->previous(type, context, text);
+    if (type == QtDebugMsg)
+        emit log->added(text);
+}
+
+QStringList TraceLog::lines(int since) const
+{
+    const QMutexLocker lock(&mutex);
+    return debugLines.mid(since);
+}
+
+QStringList TraceLog::payloads(int since) const
+{
+    QStringList found = lines(since);
+    for (QString &line : found)
+        line = payloadOf(line);
+    return found;
+}
+
+QStringList TraceLog::warnings() const
+{
+    const QMutexLocker lock(&mutex);
+    return warningLines;
+}
+
+void TraceLog::clear()
+{
+    const QMutexLocker lock(&mutex);
+    debugLines.clear();
+    warningLines.clear();
+}
+
+void TraceLog::setQuiet(bool on)
+{
+    const QMutexLocker lock(&mutex);
+    quiet = on;
+}
+
+} // namespace bench

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform_api.h"
+
+#include <QMutex>
+#include <QObject>
+#include <QStringList>
+
+namespace bench {
+
+// Keeps every message of the process, whole and in order, and hands it on to
+// the handler that stood before. Any thread.
+class PLATFORM_API TraceLog : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Installs the message handler; the destructor puts the previous one back.
+    explicit TraceLog(QObject *parent = nullptr);
+    ~TraceLog() override;
+
+    // Debug lines after the first `since` ones.
+    QStringList lines(int since = 0) const;
+
+    // The payloads of lines(): what follows " -- " in the plug-in's traces, the
+    // whole text of every other debug line.
+    QStringList payloads(int since = 0) const;
+
+    // Warnings and worse.
+    QStringList warnings() const;
+
+    void clear();
+
+    // Keeps the lines from the terminal (they stay in the log).
+    void setQuiet(bool quiet);
+
+signals:
+    void added(const QString &line); // emitted in the thread of the message
+
+private:
+    static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text);
+
+    mutable QMutex mutex;
+    QtMessageHandler previous = nullptr;
+    QStringList debugLines;
+    QStringList warningLines;
+    bool quiet = false;
+};
+
+} // namespace bench

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform_api.h"
+
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QString>
+#include <QVector>
+
+#include <functional>
+#include <optional>
+#include <utility>
+
+namespace bench {
+
+class HeadUnit;
+
+// The state of the unit as one JSON document: a table of paths
+// ("gnss.module_kind") over the model's structures. A path may lead on into a
+// value that is a list or an object. GUI thread; the model outlives it.
+class PLATFORM_API UnitDocument
+{
+public:
+    // One value of the model.
+    struct Entry
+    {
+        QString path;
+        QString type; // in words
+        QString description;
+        std::function<QJsonValue()> read;
+        // What is wrong with a value, beginning with the path inside it (".2.signal: ...") or
+        // with ": "; empty: it fits.
+        std::function<QString(const QJsonValue &)> check;
+        std::function<void(const QJsonValue &)> write; // of a value that fits
+    };
+
+    // Why a value was refused; `message` begins with the path of the key.
+    struct Problem
+    {
+        enum Kind { None, UnknownKey, WrongValue };
+        Kind kind = None;
+        QString message;
+    };
+
+    // A document with the paths of that unit.
+    explicit UnitDocument(HeadUnit *unit);
+
+    // Further paths, for a party that is no part of the model.
+    void add(const Entry &entry);
+    const QVector<Entry> &entries() const { return table; }
+
+    // The value or branch at `path`; the empty path is the whole. Empty for an unknown path.
+    std::optional<QJsonValue> value(const QString &path) const;
+
+    // Checks the value or branch whole, then writes it. Keys that an object
+    // leaves out stay as they are.
+    Problem setValue(const QString &path, const QJsonValue &value);
+
+private:
+    using Change = std::pair<int, QJsonValue>; // row of the table, its new value
+
+    Problem collect(const QString &path, const QJsonValue &value, QVector<Change> *changes) const;
+    Problem collectEntry(int row, const QJsonValue &value, QVector<Change> *changes) const;
+    int rowOf(const QString &path) const;
+    int rowAbove(const QString &path) const;
+    bool isBranch(const QString &path) const;
+
+    QVector<Entry> table;
+};
+
+// Reads a document from a file into the unit. Empty, or one line that names the
+// file, the key and what is wrong; nothing has changed then.
+PLATFORM_API QString loadUnitFile(UnitDocument *document, const QString &file);
+
+} // namespace bench

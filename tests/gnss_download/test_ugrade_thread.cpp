@@ -1,0 +1,350 @@
+#include "link.h"
+
+#include "gnss_download/serial_thread.h"
+#include "tests/support/unittest.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QMetaMethod>
+#include <QPointer>
+#include <QSignalSpy>
+
+#include <atomic>
+
+using tests::Dialogue;
+using tests::Link;
+
+// The worker: its interface, its connections, how it comes and goes.
+class TestUgradeThread : public tests::UnitTest
+{
+    Q_OBJECT
+
+private slots:
+    void signalsStandInOrder();
+    void signalsAreFoundByTheirIndex_data();
+    void signalsAreFoundByTheirIndex();
+
+    void constructionIsTraced();
+    void transportLivesInAThreadOfItsOwn();
+    void transportAnswersTwelveSignals_data();
+    void transportAnswersTwelveSignals();
+    void callsReturnWhenTheTransportHasDoneThem();
+    void signalsWithoutReceiverReturnAtOnce();
+    void runTracesItsThread();
+
+    void failedOpenIsReportedByTheTransport();
+    void neverStartedWorkerIsDeleted();
+    void workerIsDeletedWhileItsRunReturns();
+    void workerDeletesItselfWhenItsPageIsGone();
+    void openPortAndTimerEndWithTheWorker();
+    void interruptionEndsTheUnboundedResend();
+    void interruptionEndsTheWaitForABusyAgent();
+    void interruptionLeavesAHealthyUpdateAlone();
+    void endOfTheProcessWaitsForTheUpdate();
+};
+
+namespace {
+
+constexpr char kNoPort[] = "/dev/no-such-port";
+
+Dialogue goodDialogue()
+{
+    return Dialogue::read(tests::fixture("good_dialogue.txt"));
+}
+
+void fillPackage()
+{
+    downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
+                    "\xC0\xC1\xC2"};
+}
+
+QThread *transportThread(const ugrade_thread &worker)
+{
+    return worker.transport()->thread();
+}
+
+} // namespace
+
+void TestUgradeThread::signalsStandInOrder()
+{
+    QCOMPARE(
+        tests::signalsOf(ugrade_thread::staticMetaObject),
+        QStringList(
+            {"signal_TransferData(QByteArray)", "hdl_uart_init(uint8_t*,uint8_t,uint8_t*)",
+             "hdl_uart_deinit(uint8_t*,uint8_t)", "hdl_uart_get_byte(uint8_t*,uint32_t)",
+             "hdl_uart_get_byte_status(uint8_t*,uint32_t)",
+             "hdl_uart_get_byte_buffer(uint8_t*,uint32_t,uint32_t)", "hdl_uart_put_byte(uint8_t)",
+             "hdl_uart_put_byte_buffer(uint8_t*,uint32_t)", "hdl_uart_put_byte_complete(uint8_t)",
+             "hdl_uart_get_data16(uint16_t*,uint32_t)", "hdl_uart_put_data16(uint16_t)",
+             "hdl_uart_get_data32(uint32_t*,uint32_t)", "hdl_uart_put_data32(uint32_t)",
+             "hdl_uart_set_baudrate(hal_uart_baudrate_t)", "hdl_uart_get_bytes(uint8_t*,uint32_t)",
+             "signals_reset_success(QString)", "signals_success(QString,bool)"}));
+    QVERIFY(tests::slotsOf(ugrade_thread::staticMetaObject).isEmpty());
+}
+
+void TestUgradeThread::signalsAreFoundByTheirIndex_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::newRow("hdl_uart_init") << 1;
+    QTest::newRow("hdl_uart_deinit") << 2;
+    QTest::newRow("hdl_uart_get_byte") << 3;
+    QTest::newRow("hdl_uart_get_byte_status") << 4;
+    QTest::newRow("hdl_uart_get_byte_buffer") << 5;
+    QTest::newRow("hdl_uart_put_byte") << 6;
+    QTest::newRow("hdl_uart_put_byte_buffer") << 7;
+    QTest::newRow("hdl_uart_put_byte_complete") << 8;
+    QTest::newRow("hdl_uart_get_data16") << 9;
+    QTest::newRow("hdl_uart_put_data16") << 10;
+    QTest::newRow("hdl_uart_get_data32") << 11;
+    QTest::newRow("hdl_uart_put_data32") << 12;
+    QTest::newRow("hdl_uart_set_baudrate") << 13;
+    QTest::newRow("hdl_uart_get_bytes") << 14;
+}
+
+void TestUgradeThread::signalsAreFoundByTheirIndex()
+{
+    QFETCH(int, index);
+    const QMetaObject &type = ugrade_thread::staticMetaObject;
+    QCOMPARE(QString(type.method(type.methodOffset() + index).name()),
+             QString(QTest::currentDataTag()));
+}
+
+void TestUgradeThread::constructionIsTraced()
+{
+    ugrade_thread worker("/dev/ttyS4");
+    const QString thread =
+        QString("0x%1").arg(reinterpret_cast<quintptr>(QThread::currentThreadId()), 0, 16);
+    QCOMPARE(trace().payloads(),
+             QStringList({QString("QThread(0x%1) \"/dev/ttyS4\" %2")
+                              .arg(reinterpret_cast<quintptr>(transportThread(worker)), 0, 16)
+                              .arg(thread)}));
+}
+
+void TestUgradeThread::transportLivesInAThreadOfItsOwn()
+{
+    ugrade_thread worker("/dev/ttyS4");
+    QThread *thread = transportThread(worker);
+    QVERIFY(thread != QThread::currentThread());
+    QVERIFY(thread != &worker);
+    QVERIFY(thread->isRunning());
+    QCOMPARE(thread->priority(), QThread::TimeCriticalPriority);
+    QVERIFY(thread->parent() == nullptr);
+    QVERIFY(worker.transport()->parent() == nullptr);
+
+    // Its timer came along: it can be started there.
+    QMetaObject::invokeMethod(worker.transport(), "DefaultTimeUpdate",
+                              Qt::BlockingQueuedConnection);
+}
+
+void TestUgradeThread::transportAnswersTwelveSignals_data()
+{
+    QTest::addColumn<QString>("signature");
+    QTest::addColumn<int>("receivers");
+    const QStringList answered = {"hdl_uart_init(uint8_t*,uint8_t,uint8_t*)",
+                                  "hdl_uart_deinit(uint8_t*,uint8_t)",
+                                  "hdl_uart_get_byte(uint8_t*,uint32_t)",
+                                  "hdl_uart_get_data16(uint16_t*,uint32_t)",
+                                  "hdl_uart_get_data32(uint32_t*,uint32_t)",
+                                  "hdl_uart_get_byte_buffer(uint8_t*,uint32_t,uint32_t)",
+                                  "hdl_uart_put_byte(uint8_t)",
+                                  "hdl_uart_put_data16(uint16_t)",
+                                  "hdl_uart_put_data32(uint32_t)",
+                                  "hdl_uart_put_byte_buffer(uint8_t*,uint32_t)",
+                                  "hdl_uart_set_baudrate(hal_uart_baudrate_t)",
+                                  "hdl_uart_get_bytes(uint8_t*,uint32_t)"};
+    for (const QString &signature : answered)
+        QTest::newRow(qPrintable(signature)) << signature << 1;
+    for (const QString &signature : {QString("hdl_uart_get_byte_status(uint8_t*,uint32_t)"),
+                                     QString("hdl_uart_put_byte_complete(uint8_t)")})
+        QTest::newRow(qPrintable(signature)) << signature << 0;
+}
+
+namespace {
+
+// Shows how many receivers a signal has.
+class OpenWorker : public ugrade_thread
+{
+public:
+    using ugrade_thread::ugrade_thread;
+    int receiversOf(const QString &signature) const
+    {
+        return receivers(qPrintable("2" + signature));
+    }
+};
+
+} // namespace
+
+void TestUgradeThread::transportAnswersTwelveSignals()
+{
+    QFETCH(QString, signature);
+    QFETCH(int, receivers);
+    OpenWorker worker("/dev/ttyS4");
+    QCOMPARE(worker.receiversOf(signature), receivers);
+}
+
+void TestUgradeThread::callsReturnWhenTheTransportHasDoneThem()
+{
+    ugrade_thread worker(kNoPort);
+    QSignalSpy messages(worker.transport(), &serial_thread::signal_Messagebox);
+    uint8_t status = 0;
+    emit worker.hdl_uart_init(nullptr, 0, &status);
+    QCOMPARE(messages.size(), 1);
+
+    // Nothing comes from a closed port: a read lasts as long as its time-out.
+    QElapsedTimer clock;
+    clock.start();
+    uint8_t byte = 0x42;
+    emit worker.hdl_uart_get_byte(&byte, 200);
+    QVERIFY(clock.elapsed() >= 180);
+    QCOMPARE(byte, uint8_t(0x42));
+}
+
+void TestUgradeThread::signalsWithoutReceiverReturnAtOnce()
+{
+    ugrade_thread worker("/dev/ttyS4");
+    uint8_t byte = 0x42;
+    emit worker.hdl_uart_get_byte_status(&byte, 3000);
+    emit worker.hdl_uart_put_byte_complete(0x55);
+    QCOMPARE(byte, uint8_t(0x42));
+}
+
+void TestUgradeThread::runTracesItsThread()
+{
+    Link link;
+    link.chip.opens = false;
+    link.worker.start();
+    QVERIFY(link.worker.wait(10000));
+    QCOMPARE(trace().payloads().filter(QRegularExpression("^\"?ugrade_thread:\"? 0x")).size(), 1);
+}
+
+void TestUgradeThread::failedOpenIsReportedByTheTransport()
+{
+    // Over the transport itself: the port does not exist.
+    ugrade_thread worker(kNoPort);
+    QSignalSpy messages(worker.transport(), &serial_thread::signal_Messagebox);
+    QSignalSpy results(&worker, &ugrade_thread::signals_success);
+    worker.start();
+    QVERIFY(worker.wait(60000));
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(messages.first(), QVariantList({"错误", "打开串口失败"}));
+    QCOMPARE(results.size(), 1);
+    QCOMPARE(results.first(), QVariantList({kNoPort, false}));
+    QVERIFY(trace().lines().contains("hdl_connect fail"));
+}
+
+void TestUgradeThread::neverStartedWorkerIsDeleted()
+{
+    for (int i = 0; i < 100; ++i)
+        ugrade_thread worker("/dev/ttyS4");
+}
+
+void TestUgradeThread::workerIsDeletedWhileItsRunReturns()
+{
+    // As the page does it: in the slot of the result, which arrives while run() returns.
+    for (int i = 0; i < 300; ++i) {
+        auto *worker = new ugrade_thread("/dev/ttyS4");
+        tests::ScriptedChip chip(worker);
+        chip.opens = false;
+        QPointer<QThread> thread = transportThread(*worker);
+        QEventLoop untilReported;
+        connect(worker, &ugrade_thread::signals_success, &untilReported, [&] {
+            delete worker;
+            untilReported.quit();
+        });
+        worker->start(QThread::TimeCriticalPriority);
+        untilReported.exec();
+        QVERIFY(thread.isNull());
+    }
+}
+
+void TestUgradeThread::workerDeletesItselfWhenItsPageIsGone()
+{
+    QPointer<ugrade_thread> worker = new ugrade_thread("/dev/ttyS4");
+    QPointer<serial_thread> transport = worker->transport();
+    tests::ScriptedChip chip(worker);
+    chip.opens = false;
+    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
+    worker->start();
+    QTRY_VERIFY(worker.isNull());
+    QVERIFY(transport.isNull());
+}
+
+void TestUgradeThread::openPortAndTimerEndWithTheWorker()
+{
+    // A worker that goes with its timer running: neither warns nor aborts.
+    for (int i = 0; i < 20; ++i) {
+        ugrade_thread worker("/dev/ttyS4");
+        QMetaObject::invokeMethod(worker.transport(), "DefaultTimeUpdate",
+                                  Qt::BlockingQueuedConnection);
+    }
+}
+
+void TestUgradeThread::interruptionEndsTheUnboundedResend()
+{
+    Link link(goodDialogue().before("bootloader.bin packet 1"));
+    link.chip.repeat(Dialogue().host("B0 FF*4095").chip("5A A5", 300).chip("00 00 00 07"));
+    fillPackage();
+    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
+    link.worker.start();
+    const int enough = 44000 + 100 * 4096;
+    QTRY_VERIFY_WITH_TIMEOUT(link.chip.sent().size() > enough, 30000);
+    QVERIFY(link.worker.isRunning());
+    link.worker.requestInterruption();
+    QVERIFY(link.worker.wait(10000));
+    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", false}));
+    QVERIFY(link.chip.sent().endsWith(tests::bytesOf("A5 D9 00")));
+}
+
+void TestUgradeThread::interruptionEndsTheWaitForABusyAgent()
+{
+    Link link(goodDialogue()
+                  .before("bootloader.bin packet 1")
+                  .host("B0 FF*4095")
+                  .chip("5A A5", 300)
+                  .chip("00 00 0B F9"));
+    link.chip.repeat(Dialogue().chip("E1"));
+    fillPackage();
+    std::atomic<bool> asked{false};
+    connect(
+        &link.worker, &ugrade_thread::hdl_uart_get_data32, this,
+        [&](uint32_t *value) {
+            if (*value == 0x0BF9)
+                asked = true;
+        },
+        Qt::DirectConnection);
+    link.worker.start();
+    QTRY_VERIFY_WITH_TIMEOUT(asked, 30000);
+    link.worker.requestInterruption();
+    QVERIFY(link.worker.wait(10000));
+}
+
+void TestUgradeThread::interruptionLeavesAHealthyUpdateAlone()
+{
+    Link link(goodDialogue());
+    fillPackage();
+    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
+    link.worker.start();
+    link.worker.requestInterruption();
+    QVERIFY(link.worker.wait(30000));
+    QCOMPARE(link.chip.verdict(), QString());
+    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", true}));
+}
+
+void TestUgradeThread::endOfTheProcessWaitsForTheUpdate()
+{
+    Link link(goodDialogue());
+    fillPackage();
+    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
+    QTimer::singleShot(0, this, [&link] {
+        link.worker.start();
+        QCoreApplication::quit();
+    });
+    QCoreApplication::exec();
+    QVERIFY(link.worker.isFinished());
+    QVERIFY(!transportThread(link.worker)->isRunning());
+    QCOMPARE(link.chip.verdict(), QString());
+    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", true}));
+}
+
+TESTMODE_TEST_MAIN(TestUgradeThread)
+#include "test_ugrade_thread.moc"

@@ -1,0 +1,321 @@
+#include "refusingchip.h"
+#include "tests/support/unittest.h"
+
+#include "gps/gpsupdate.h"
+#include "tools/common.h"
+
+#include <QDir>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTextBrowser>
+
+using bench::journal;
+using testmode::gpsupdate;
+using tests::RefusingChip;
+
+namespace {
+
+// A refused update takes less than a second, one that misses the sync's time-outs on a machine
+// under load some more.
+constexpr int kUpdateMilliseconds = 60000;
+
+template <typename Widget>
+Widget *part(const gpsupdate &page, const char *name)
+{
+    return page.findChild<Widget *>(QString::fromLatin1(name));
+}
+
+QStringList logLines(const gpsupdate &page)
+{
+    return part<QTextBrowser>(page, "textBrowser")->toPlainText().split('\n');
+}
+
+bool startEnabled(const gpsupdate &page)
+{
+    return part<QPushButton>(page, "pushButton_3")->isEnabled();
+}
+
+void pressStart(const gpsupdate &page)
+{
+    QTest::mouseClick(part<QPushButton>(page, "pushButton_3"), Qt::LeftButton);
+}
+
+int threadsOfTheProcess()
+{
+    return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+}
+
+} // namespace
+
+// The update page with workers, each of which is refused by the chip within a second.
+class TestGpsUpdateWorkers : public tests::UnitTest
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void startShowsThatAnUpdateRuns();
+    void startClearsTheIconOfTheLastUpdate();
+    void refusedUpdateEndsRed();
+    void everyUpdateIsReportedOnce();
+    void portChoiceDoesNotEnterTheUpdate();
+    void deviceThatCannotBeOpenedIsShownInABox();
+    void portThatIsNotRunningChangesNothing();
+    void failuresBeforeASuccessLeaveTheIconRed();
+    void resultsAreKeptAcrossPages();
+    void earlierReportStopsTheWorker();
+    void olderCompletionSlotEndsTheWorker();
+    void hiddenPageIsToldTheResult();
+    void workerOutlivesItsPageAndGoesByItself();
+    void workerStartedTwiceDoesNoHarm();
+
+private:
+    int idleThreads = 0;
+};
+
+void TestGpsUpdateWorkers::initTestCase()
+{
+    QVERIFY(QDir().mkpath("ICO"));
+    for (const char *name : {"red", "green"}) {
+        QPixmap icon(60, 60);
+        icon.fill(QColor(name));
+        QVERIFY(icon.save(QStringLiteral("ICO/%1.png").arg(name)));
+    }
+    // Threads that Qt starts with the first window are not the update's.
+    gpsupdate page;
+    page.show();
+    idleThreads = threadsOfTheProcess();
+}
+
+void TestGpsUpdateWorkers::init()
+{
+    UnitTest::init();
+    com.clear();
+    br.clear();
+    com_set = config();
+    downloadfile = {"boot", "partition", "application", "configuration"};
+    // The kernel lists a thread for a moment longer than it runs.
+    QTRY_COMPARE(threadsOfTheProcess(), idleThreads);
+}
+
+void TestGpsUpdateWorkers::startShowsThatAnUpdateRuns()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    page.show();
+    trace().clear();
+    pressStart(page);
+    QVERIFY(!startEnabled(page));
+    QCOMPARE(part<QProgressBar>(page, "progressBar")->maximum(), 0);
+    QVERIFY(part<QLabel>(page, "label_3")->pixmap(Qt::ReturnByValue).isNull());
+    const QRegularExpression started("^/dev/ttyS4: started "
+                                     "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}$");
+    QCOMPARE(logLines(page).size(), 1);
+    QVERIFY2(started.match(logLines(page).first()).hasMatch(), qPrintable(logLines(page).first()));
+    const QStringList lines = trace().lines();
+    QVERIFY(lines.first().contains("void testmode::gpsupdate::on_pushButton_3_clicked() "));
+    QVERIFY(QRegularExpression("-- mian: 0x[0-9a-f]+$").match(lines.first()).hasMatch());
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+}
+
+void TestGpsUpdateWorkers::startClearsTheIconOfTheLastUpdate()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    page.show_result("/dev/ttyS4", true);
+    QVERIFY(!part<QLabel>(page, "label_3")->pixmap(Qt::ReturnByValue).isNull());
+    pressStart(page);
+    QVERIFY(part<QLabel>(page, "label_3")->pixmap(Qt::ReturnByValue).isNull());
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+}
+
+void TestGpsUpdateWorkers::refusedUpdateEndsRed()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    journal().clear();
+    trace().clear();
+    pressStart(page);
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+
+    const QStringList lines = logLines(page);
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines.at(0).startsWith("/dev/ttyS4: started "));
+    QVERIFY(lines.at(1).startsWith("/dev/ttyS4: reset succed "));
+    QVERIFY(lines.at(2).startsWith("/dev/ttyS4: failed "));
+    const auto *bar = part<QProgressBar>(page, "progressBar");
+    QCOMPARE(bar->minimum(), 0);
+    QCOMPARE(bar->maximum(), 100);
+    QCOMPARE(bar->value(), 0);
+    QCOMPARE(part<QLabel>(page, "label_3")->pixmap(Qt::ReturnByValue).toImage().pixelColor(30, 30),
+             QColor(Qt::red));
+    QCOMPARE(trace().payloads().mid(trace().payloads().size() - 2),
+             (QStringList{"\"/dev/ttyS4\" fail.", "update completely."}));
+    QCOMPARE(journal().texts(),
+             (QStringList{"PlatformService.setGPSResetGPIO(true)",
+                          "PlatformService.setGPSResetGPIO(false)"}));
+    QVERIFY(chip.received().endsWith(QByteArray("\xa5\xd9\0", 3))); // taken leave of
+    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1,
+                              kUpdateMilliseconds); // the chip's own
+}
+
+void TestGpsUpdateWorkers::everyUpdateIsReportedOnce()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    for (int round = 1; round <= 3; ++round) {
+        pressStart(page);
+        QVERIFY(!startEnabled(page));
+        QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+        QCOMPARE(logLines(page).filter("failed").size(), round);
+        QCOMPARE(logLines(page).filter("started").size(), round);
+        QCOMPARE(logLines(page).size(), 3 * round);
+    }
+}
+
+void TestGpsUpdateWorkers::portChoiceDoesNotEnterTheUpdate()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    com = QStringList{"/dev/ttyS7", "/dev/ttyS8"};
+    pressStart(page);
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QCOMPARE(logLines(page).filter("started").size(), 1);
+    QVERIFY(logLines(page).first().startsWith("/dev/ttyS4: "));
+    QVERIFY(chip.received().startsWith('\xa0'));
+}
+
+void TestGpsUpdateWorkers::deviceThatCannotBeOpenedIsShownInABox()
+{
+    gpsupdate page;
+    page.show();
+    boxes().expect("错误", "打开串口失败");
+    pressStart(page);
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QCOMPARE(boxes().seen().size(), 1);
+    QCOMPARE(boxes().seen().first().buttons, QStringList{"OK"});
+    const QStringList lines = logLines(page);
+    QCOMPARE(lines.size(), 2); // no reset was seen
+    QVERIFY(lines.at(1).startsWith("/dev/ttyS4: failed "));
+    QCOMPARE(part<QProgressBar>(page, "progressBar")->value(), 0);
+}
+
+void TestGpsUpdateWorkers::portThatIsNotRunningChangesNothing()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    pressStart(page);
+    trace().clear();
+    page.show_result("/dev/ttyS9", true);
+    QVERIFY(logLines(page).last().startsWith("/dev/ttyS9: succed "));
+    QVERIFY(!startEnabled(page));
+    QCOMPARE(part<QProgressBar>(page, "progressBar")->maximum(), 0);
+    QVERIFY(part<QLabel>(page, "label_3")->pixmap(Qt::ReturnByValue).isNull());
+    QVERIFY(!trace().payloads().contains("update completely."));
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QVERIFY(logLines(page).last().startsWith("/dev/ttyS4: failed "));
+}
+
+void TestGpsUpdateWorkers::failuresBeforeASuccessLeaveTheIconRed()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    pressStart(page);
+    page.show_result("/dev/ttyS7", false);
+    page.show_result("/dev/ttyS8", false);
+    QVERIFY(!startEnabled(page));
+    page.show_result("/dev/ttyS4", true);
+    QVERIFY(startEnabled(page));
+    QCOMPARE(part<QProgressBar>(page, "progressBar")->maximum(), 100);
+    QCOMPARE(part<QProgressBar>(page, "progressBar")->value(), 0);
+    QCOMPARE(part<QLabel>(page, "label_3")->pixmap(Qt::ReturnByValue).toImage().pixelColor(30, 30),
+             QColor(Qt::red));
+}
+
+// The bookkeeping is the process's, not a page's.
+void TestGpsUpdateWorkers::resultsAreKeptAcrossPages()
+{
+    const RefusingChip chip;
+    {
+        gpsupdate page;
+        pressStart(page);
+        page.show_result("/dev/ttyS7", false);
+    }
+    gpsupdate later;
+    later.show_result("/dev/ttyS8", true);
+    QCOMPARE(part<QProgressBar>(later, "progressBar")->value(), 0);
+    later.show_result("/dev/ttyS8", true);
+    QCOMPARE(part<QProgressBar>(later, "progressBar")->value(), 100);
+    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1, kUpdateMilliseconds);
+}
+
+// A report that comes while the worker still runs waits for it, and does not abort the process.
+void TestGpsUpdateWorkers::earlierReportStopsTheWorker()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    pressStart(page);
+    QTRY_VERIFY(!chip.received().isEmpty());
+    page.show_result("/dev/ttyS4", true);
+    QTRY_COMPARE(threadsOfTheProcess(), idleThreads + 1);
+    QVERIFY(startEnabled(page));
+    pressStart(page);
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+}
+
+void TestGpsUpdateWorkers::olderCompletionSlotEndsTheWorker()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    pressStart(page);
+    page.thend("done", "/dev/ttyS7"); // not this one
+    QVERIFY(!startEnabled(page));
+    page.thend("done", "/dev/ttyS4");
+    QVERIFY(startEnabled(page));
+    QCOMPARE(part<QProgressBar>(page, "progressBar")->value(), 100);
+    QTRY_COMPARE(threadsOfTheProcess(), idleThreads + 1);
+}
+
+void TestGpsUpdateWorkers::hiddenPageIsToldTheResult()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    page.show();
+    pressStart(page);
+    QTest::mouseClick(part<QPushButton>(page, "btn_exit"), Qt::LeftButton);
+    QVERIFY(!page.isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QVERIFY(logLines(page).last().startsWith("/dev/ttyS4: failed "));
+}
+
+void TestGpsUpdateWorkers::workerOutlivesItsPageAndGoesByItself()
+{
+    const RefusingChip chip;
+    auto *page = new gpsupdate;
+    pressStart(*page);
+    QTRY_VERIFY(!chip.received().isEmpty());
+    delete page;
+    QVERIFY(threadsOfTheProcess() > idleThreads + 1);
+    QTRY_VERIFY_WITH_TIMEOUT(chip.received().endsWith(QByteArray("\xa5\xd9\0", 3)),
+                             kUpdateMilliseconds); // not cut short
+    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1, kUpdateMilliseconds);
+}
+
+void TestGpsUpdateWorkers::workerStartedTwiceDoesNoHarm()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    page.on_pushButton_3_clicked();
+    boxes().expect("错误", "打开串口失败"); // the second finds the port taken
+    page.on_pushButton_3_clicked();
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QCOMPARE(logLines(page).filter("failed").size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1, kUpdateMilliseconds);
+}
+
+TESTMODE_TEST_MAIN(TestGpsUpdateWorkers)
+#include "test_gpsupdate_workers.moc"
