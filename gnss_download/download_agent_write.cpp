@@ -11,14 +11,6 @@ using bootrom::kReplyPolls;
 
 namespace {
 
-// The package's bytes of an image; null where the index names none.
-const QByteArray *imageData(uint8_t index)
-{
-    const QByteArray *const images[] = {&downloadfile.bootloader_bin, &downloadfile.partition_bin,
-                                        &downloadfile.app_bin, &downloadfile.config_bin};
-    return index < 4 ? images[index] : nullptr;
-}
-
 // Fills one packet from `offset` on; what the package does not hold goes out as erased flash.
 void fillPacket(uint8_t *packet, const QByteArray *data, uint32_t offset, uint32_t wanted)
 {
@@ -57,6 +49,14 @@ bool ugrade_thread::hdl_da_download(_hdl_image_t *image)
     if (!stepSucceeded("DA Write Image Packets", hdl_da_check_cmd_arg(&error)))
         return false;
     return compareSum(*image, sum);
+}
+
+// The package's bytes of an image; null where the index names none.
+const QByteArray *ugrade_thread::imageData(uint8_t index) const
+{
+    const QByteArray *const images[] = {&package.bootloader_bin, &package.partition_bin,
+                                        &package.app_bin, &package.config_bin};
+    return index < 4 ? images[index] : nullptr;
 }
 
 bool ugrade_thread::beginImage(uint32_t address, uint32_t paddedLength, uint8_t *packet)

@@ -17,7 +17,8 @@ constexpr uint32_t kAuxiliaryAddress = 0x00100000;
 } // namespace
 
 ugrade_thread::ugrade_thread(QString port)
-    : portName(port), transportThread(new QThread), serial(new serial_thread(port))
+    : portName(port), package(downloadfile), transportThread(new QThread),
+      serial(new serial_thread(port))
 {
     serial->moveTo(transportThread);
     transportThread->start(QThread::TimeCriticalPriority);
@@ -74,7 +75,6 @@ void ugrade_thread::run()
     hdl_da_report_t report = {};
 
     const auto bytes = [](const QByteArray &image) { return static_cast<uint32_t>(image.size()); };
-    const file &package = downloadfile;
     // clang-format off
     _hdl_image_t config = {
         0x200000, 0x083FF000, bytes(package.config_bin), "gnss_config.bin", 3, 0, nullptr};

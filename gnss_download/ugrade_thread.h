@@ -1,6 +1,7 @@
 #pragma once
 
 #include "download_types.h"
+#include "firmwarepackage.h"
 #include "uart_types.h"
 
 #include <QByteArray>
@@ -19,6 +20,7 @@ class ugrade_thread : public QThread
     Q_OBJECT
 
 public:
+    // Takes `downloadfile` as it is now: what is loaded later is not this update's.
     explicit ugrade_thread(QString port);
     // Waits for run() to return first, so it may be called while run() does.
     ~ugrade_thread() override;
@@ -119,7 +121,10 @@ private:
     uint32_t readRefusalCode();
     bool agreeOnResend(int *resends);
 
+    const QByteArray *imageData(uint8_t index) const;
+
     QString portName;
+    const file package;
     QThread *transportThread; // owned
     serial_thread *serial;    // owned; lives in transportThread
 };

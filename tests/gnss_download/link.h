@@ -9,16 +9,17 @@
 
 namespace tests {
 
-// A worker with a scripted chip behind it, and the plug-in's download state as
-// it is before the first update.
+// A worker with a scripted chip behind it, and the plug-in's settings as they are before the first
+// update. The worker takes the package that is loaded when the link is made; none is left behind.
 struct Link
 {
     Link()
     {
         com_set = config();
         br = QStringLiteral("921600");
-        downloadfile = file();
     }
+    ~Link() { downloadfile = file(); }
+    Q_DISABLE_COPY_MOVE(Link)
 
     explicit Link(const Dialogue &dialogue) : Link() { chip.play(dialogue); }
 

@@ -314,8 +314,8 @@ void TestDownloadAgentWrite::imageIsPaddedToPackets()
     Dialogue dialogue = announcement(paddedLength);
     for (const QString &packet : qAsConst(packets))
         dialogue.host(packet).chip("5A 69", 300);
-    Link link(dialogue.chip("5A").host(sum).chip("5A", 900));
     downloadfile.app_bin = QByteArray(length, 1);
+    Link link(dialogue.chip("5A").host(sum).chip("5A", 900));
     QList<uint32_t> writes; // one each packet
     connect(&link.worker, &ugrade_thread::hdl_uart_put_byte_buffer, this,
             [&writes](uint8_t *, uint32_t count) { writes << count; });
@@ -340,8 +340,8 @@ void TestDownloadAgentWrite::packetsArePausedBetween()
     Dialogue dialogue = announcement(word(50 * 4096));
     for (int i = 0; i < 50; ++i)
         dialogue.host("00*4096").chip("5A 69", 300);
-    Link link(dialogue.chip("5A").host("00 00 00 00").chip("5A", 900));
     downloadfile.app_bin = QByteArray(50 * 4096, 0);
+    Link link(dialogue.chip("5A").host("00 00 00 00").chip("5A", 900));
     _hdl_image_t record = image(50 * 4096);
     QElapsedTimer clock;
     clock.start();
@@ -363,8 +363,8 @@ void TestDownloadAgentWrite::imageComesFromTheFieldOfItsIndex()
 {
     QFETCH(int, index);
     QFETCH(QString, packet);
-    Link link(announcement("00 00 10 00").host(packet).chip("5A 96", 300));
     downloadfile = {"\xB0", "\xB1", "\xB2", "\xB3"};
+    Link link(announcement("00 00 10 00").host(packet).chip("5A 96", 300));
     _hdl_image_t record = image(1, static_cast<uint8_t>(index));
     QVERIFY(!link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
@@ -399,8 +399,8 @@ void TestDownloadAgentWrite::imageWithoutBytesGoesOutErased()
     QFETCH(QString, logged);
     QFETCH(QByteArray, held);
     QFETCH(QString, packet);
-    Link link(announcement(paddedLength).host(packet).chip("5A 96", 300));
     downloadfile.app_bin = held;
+    Link link(announcement(paddedLength).host(packet).chip("5A 96", 300));
     _hdl_image_t record = image(length, static_cast<uint8_t>(index));
     QVERIFY(!link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
@@ -442,8 +442,8 @@ void TestDownloadAgentWrite::imageFails()
         dialogue.chip("5A 5A").host("22*4096").chip("5A 96", 300);
     else
         dialogue.chip("5A 5A").host("22*4096").chip("5A 69", 300).chip("A5 00 00 0B BA");
-    Link link(dialogue);
     downloadfile.app_bin = QByteArray(4096, 0x22);
+    Link link(dialogue);
     _hdl_image_t record = image(4096);
     QVERIFY(!link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
@@ -453,6 +453,7 @@ void TestDownloadAgentWrite::imageFails()
 
 void TestDownloadAgentWrite::wrongSumIsLoggedWithBoth()
 {
+    downloadfile.app_bin = QByteArray(4096, 1);
     Link link(announcement("00 00 10 00")
                   .host("01*4096")
                   .chip("5A 69", 300)
@@ -460,7 +461,6 @@ void TestDownloadAgentWrite::wrongSumIsLoggedWithBoth()
                   .host("00 00 10 00")
                   .chip("A5", 900)
                   .chip("00 00 10 01"));
-    downloadfile.app_bin = QByteArray(4096, 1);
     _hdl_image_t record = image(4096);
     QVERIFY(!link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
@@ -473,8 +473,8 @@ void TestDownloadAgentWrite::sumOfSeveralPacketsRunsOn()
     Dialogue dialogue = announcement(word(5 * 4096));
     for (int i = 0; i < 5; ++i)
         dialogue.host("FF*4096").chip("5A 69", 300);
-    Link link(dialogue.chip("5A").host("00 4F B0 00").chip("5A", 900)); // 5 times 0x000FF000
     downloadfile.app_bin = QByteArray(5 * 4096, '\xFF');
+    Link link(dialogue.chip("5A").host("00 4F B0 00").chip("5A", 900)); // 5 times 0x000FF000
     _hdl_image_t record = image(5 * 4096);
     QVERIFY(link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
@@ -492,14 +492,14 @@ void TestDownloadAgentWrite::listIsWrittenInOrder()
     const auto written = [](const QString &byte) {
         return announcement("00 00 10 00").host(byte + " FF*4095").chip("5A 69", 300).chip("5A");
     };
+    downloadfile.app_bin = "\x11";
+    downloadfile.config_bin = "\x22";
     Link link(written("11")
                   .host("00 0F EF 12")
                   .chip("5A", 900)
                   .add(written("22"))
                   .host("00 0F EF 23")
                   .chip("5A", 900));
-    downloadfile.app_bin = "\x11";
-    downloadfile.config_bin = "\x22";
     _hdl_image_t second = {0, 0x08013000, 1, "second.bin", 3, 0, nullptr};
     _hdl_image_t first = {0, 0x08013000, 1, "first.bin", 2, 0, &second};
     QVERIFY(link.worker.hdl_download(&first));
@@ -511,6 +511,8 @@ void TestDownloadAgentWrite::listIsWrittenInOrder()
 
 void TestDownloadAgentWrite::failureInTheSecondImageStopsTheList()
 {
+    downloadfile.app_bin = "\x11";
+    downloadfile.config_bin = "\x22";
     Link link(announcement("00 00 10 00")
                   .host("11 FF*4095")
                   .chip("5A 69", 300)
@@ -520,8 +522,6 @@ void TestDownloadAgentWrite::failureInTheSecondImageStopsTheList()
                   .add(announcement("00 00 10 00"))
                   .host("22 FF*4095")
                   .chip("5A 96", 300));
-    downloadfile.app_bin = "\x11";
-    downloadfile.config_bin = "\x22";
     _hdl_image_t third = {0, 0x08013000, 1, "third.bin", 2, 0, nullptr};
     _hdl_image_t second = {0, 0x08013000, 1, "second.bin", 3, 0, &third};
     _hdl_image_t first = {0, 0x08013000, 1, "first.bin", 2, 0, &second};

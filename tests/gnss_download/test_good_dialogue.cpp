@@ -13,6 +13,8 @@ class TestGoodDialogue : public tests::UnitTest
     Q_OBJECT
 
 private slots:
+    void init();
+
     void bytesGoAsWrittenOut();
     void imagesAreLoggedInOrder();
     void failureInTheSecondImageLeavesTheOthers();
@@ -40,7 +42,6 @@ void fillPackage()
 // Runs the worker to its end; the result that it reported, or null.
 QVariantList update(Link *link)
 {
-    fillPackage();
     QSignalSpy results(&link->worker, &ugrade_thread::signals_success);
     link->worker.start(QThread::TimeCriticalPriority);
     if (!link->worker.wait(60000) || results.size() != 1)
@@ -49,6 +50,12 @@ QVariantList update(Link *link)
 }
 
 } // namespace
+
+void TestGoodDialogue::init()
+{
+    UnitTest::init();
+    fillPackage();
+}
 
 void TestGoodDialogue::bytesGoAsWrittenOut()
 {
@@ -123,6 +130,7 @@ void TestGoodDialogue::refusedConnectionIsLoggedAndEnded()
 void TestGoodDialogue::twoWorkersInARow()
 {
     for (int i = 0; i < 2; ++i) {
+        fillPackage();
         Link link(goodDialogue());
         QCOMPARE(update(&link), QVariantList({"/dev/ttyS4", true}));
         QCOMPARE(link.chip.verdict(), QString());

@@ -30,11 +30,11 @@ void TestSilentChip::updateEndsAndTakesItsLeave_data()
 void TestSilentChip::updateEndsAndTakesItsLeave()
 {
     QFETCH(QString, step);
+    downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
+                    "\xC0\xC1\xC2"};
     Link link(Dialogue::read(tests::fixture("good_dialogue.txt")));
     link.chip.goSilentAt(step);
     link.chip.restMicroseconds = 200;
-    downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
-                    "\xC0\xC1\xC2"};
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
     QSignalSpy reset(&link.worker, &ugrade_thread::signals_reset_success);
     QElapsedTimer clock;

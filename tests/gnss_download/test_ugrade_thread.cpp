@@ -281,9 +281,9 @@ void TestUgradeThread::openPortAndTimerEndWithTheWorker()
 
 void TestUgradeThread::interruptionEndsTheUnboundedResend()
 {
+    fillPackage();
     Link link(goodDialogue().before("bootloader.bin packet 1"));
     link.chip.repeat(Dialogue().host("B0 FF*4095").chip("5A A5", 300).chip("00 00 00 07"));
-    fillPackage();
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
     link.worker.start();
     const int enough = 44000 + 100 * 4096;
@@ -297,13 +297,13 @@ void TestUgradeThread::interruptionEndsTheUnboundedResend()
 
 void TestUgradeThread::interruptionEndsTheWaitForABusyAgent()
 {
+    fillPackage();
     Link link(goodDialogue()
                   .before("bootloader.bin packet 1")
                   .host("B0 FF*4095")
                   .chip("5A A5", 300)
                   .chip("00 00 0B F9"));
     link.chip.repeat(Dialogue().chip("E1"));
-    fillPackage();
     std::atomic<bool> asked{false};
     connect(
         &link.worker, &ugrade_thread::hdl_uart_get_data32, this,
@@ -320,8 +320,8 @@ void TestUgradeThread::interruptionEndsTheWaitForABusyAgent()
 
 void TestUgradeThread::interruptionLeavesAHealthyUpdateAlone()
 {
-    Link link(goodDialogue());
     fillPackage();
+    Link link(goodDialogue());
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
     link.worker.start();
     link.worker.requestInterruption();
@@ -332,8 +332,8 @@ void TestUgradeThread::interruptionLeavesAHealthyUpdateAlone()
 
 void TestUgradeThread::endOfTheProcessWaitsForTheUpdate()
 {
-    Link link(goodDialogue());
     fillPackage();
+    Link link(goodDialogue());
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
     QTimer::singleShot(0, this, [&link] {
         link.worker.start();

@@ -1,6 +1,11 @@
 #include "tests/support/unittest.h"
 #include "updateunit.h"
 
+#include "bench/unit/headunit.h"
+#include "tools/common.h"
+
+#include <QDir>
+#include <QFile>
 #include <QProgressBar>
 
 using bench::Fault;
@@ -24,6 +29,21 @@ Fault faultAt(Fault::Kind kind, ReceiverStep step, std::optional<quint32> value 
     fault.value = value;
     fault.times = times;
     return fault;
+}
+
+// What the unit finds from now on: images of five bytes.
+void useOtherPackage()
+{
+    const QString folder = QStringLiteral("/tmp/other");
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(QFile::copy(bench::unit().system.updateFolder + "/flash_download.cfg",
+                        folder + "/flash_download.cfg"));
+    for (const QString &name : kImages) {
+        QFile image(folder + '/' + name);
+        QVERIFY(image.open(QIODevice::WriteOnly));
+        QCOMPARE(image.write("other"), qint64(5));
+    }
+    bench::unit().system.updateFolder = folder;
 }
 
 // Steps that the download's trace tells of, by their end.
@@ -54,6 +74,7 @@ private slots:
     void twoUpdatesInARow();
     void updateAfterTheWindowWasBuiltAgain();
     void windowDestroyedInTheMiddle();
+    void packageLoadedDuringAnUpdateIsNotThisUpdates();
     void updateWithoutPackageIsRefused();
     void faultIsReportedAndTheNextUpdateIsGood_data();
     void faultIsReportedAndTheNextUpdateIsGood();
@@ -170,6 +191,26 @@ void TestUpdateWhole::windowDestroyedInTheMiddle()
     QTRY_VERIFY(traced(trace(), "hdl_download success").size() == 1);
     update(unit);
     QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
+}
+
+// A technician takes another package out of the list while one is being written.
+void TestUpdateWhole::packageLoadedDuringAnUpdateIsNotThisUpdates()
+{
+    UpdateUnit unit;
+    unit.openUpdatePage();
+    unit.press("pushButton_3");
+    QTRY_VERIFY(unit.receiver.state().packets >= 1);
+    QVERIFY(!unit.receiver.state().images.first().complete);
+    useOtherPackage();
+    unit.press("pushButton_2");
+    QCOMPARE(downloadfile.app_bin, QByteArray("other"));
+    QTRY_VERIFY_WITH_TIMEOUT(!unit.updateRuns(), kUpdateMilliseconds);
+    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
+    QVERIFY(unit.flash() == UpdateUnit::flashWith(kImages));
+
+    update(unit); // the next one's
+    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
+    QCOMPARE(unit.flash().mid(0x13000, 6), QByteArray("other\xFF"));
 }
 
 // Nothing was chosen: the worker gets empty images, and the receiver refuses their range.

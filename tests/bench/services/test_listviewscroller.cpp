@@ -48,7 +48,7 @@ struct List : QListView
         const QPoint start(50, 100);
         QTest::mousePress(viewport(), Qt::LeftButton, Qt::NoModifier, start);
         for (int step = 1; step <= 10; ++step)
-move(start + QPoint(0, way * step / 10));
+            move(start + QPoint(0, way * step / 10));
         QTest::mouseRelease(viewport(), Qt::LeftButton, Qt::NoModifier, start + QPoint(0, way));
     }
 
