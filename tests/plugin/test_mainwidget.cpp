@@ -1,3 +1,4 @@
+#include "tests/support/connections.h"
 #include "tests/support/unittest.h"
 
 #include "framework/events.h"
@@ -126,6 +127,7 @@ class TestMainWidget : public tests::UnitTest
 
 private slots:
     void hasItsSlotsInOrder();
+    void menuIsConnectedInOrder();
     void startsWithTheMenuOnly();
     void entryShowsItsPageAndHidesTheMenu_data();
     void entryShowsItsPageAndHidesTheMenu();
@@ -168,6 +170,20 @@ void TestMainWidget::hasItsSlotsInOrder()
                      "onShowGpsUpdateWidget()", "onShowTidModeWidget()", "onShowUsbTestWidget()",
                      "onReturnHome()", "onShowSystemToolsWidget()", "onShowMicTestWidget()"}));
     QCOMPARE(tests::signalsOf(MainWidget::staticMetaObject), QStringList());
+}
+
+void TestMainWidget::menuIsConnectedInOrder()
+{
+    const MainWidget host(nullptr);
+    QCOMPARE(tests::connectionsInto(host, trace()),
+             (QStringList{"testEntryWidget: key_tid() -> onShowUSBEyesTestWidget()",
+                          "testEntryWidget: key_ncm() -> onShowNcmModeWidget()",
+                          "testEntryWidget: key_gps() -> onShowGpstestWidget()",
+                          "testEntryWidget: key_usb_test() -> onShowUsbTestWidget()",
+                          "testEntryWidget: key_quit() -> onReturnHome()",
+                          "testEntryWidget: key_gps_update() -> onShowGpsUpdateWidget()",
+                          "testEntryWidget: key_system_tools() -> onShowSystemToolsWidget()",
+                          "testEntryWidget: key_mic_test() -> onShowMicTestWidget()"}));
 }
 
 void TestMainWidget::startsWithTheMenuOnly()

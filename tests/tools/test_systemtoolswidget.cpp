@@ -1,3 +1,4 @@
+#include "tests/support/connections.h"
 #include "tests/support/touch.h"
 #include "tests/support/unittest.h"
 
@@ -14,6 +15,7 @@ class TestSystemToolsWidget : public tests::UnitTest
 
 private slots:
     void slotsStandInOrder();
+    void buttonsAreConnectedInOrder();
     void formHoldsThreeGroups_data();
     void formHoldsThreeGroups();
     void buttonsCarryTheFaceAndNoText_data();
@@ -74,6 +76,19 @@ void TestSystemToolsWidget::slotsStandInOrder()
         QStringList({"onScreenShotClicked()", "onCopyLogClicked()", "onCarPlayDumpStartClicked()",
                      "onCarPlayDumpEndClicked()", "onOpenLogServiceClicked()",
                      "onCloseLogServiceClicked()", "onUsbLogClicked()"}));
+}
+
+void TestSystemToolsWidget::buttonsAreConnectedInOrder()
+{
+    const SystemToolsWidget page;
+    QCOMPARE(tests::connectionsInto(page, trace()),
+             (QStringList{"screenShotDisBtn: clicked(bool) -> onScreenShotClicked()",
+                          "screenShotEnBtn: clicked(bool) -> onScreenShotClicked()",
+                          "readBtn: clicked(bool) -> onCopyLogClicked()",
+                          "CPDumpStartBtn: clicked(bool) -> onCarPlayDumpStartClicked()",
+                          "CPDumpEndBtn: clicked(bool) -> onCarPlayDumpEndClicked()",
+                          "openLogBtn: clicked(bool) -> onOpenLogServiceClicked()",
+                          "closeLogBtn: clicked(bool) -> onCloseLogServiceClicked()"}));
 }
 
 void TestSystemToolsWidget::formHoldsThreeGroups_data()

@@ -1,10 +1,7 @@
 #include "pagehelpers.h"
 
-#include "bench/unit/tracelog.h"
-
 #include <QFile>
 #include <QLabel>
-#include <QRegularExpression>
 #include <QWindow>
 #include <QtTest>
 
@@ -36,28 +33,6 @@ bool isCaptionOf(const QWidget *label, const QWidget *button)
         && button->geometry().contains(label->geometry());
 }
 
-QStringList dumpOf(const QObject &object, bench::TraceLog &trace)
-{
-    const int before = trace.lines().size();
-    object.dumpObjectInfo();
-    return trace.lines(before);
-}
-
-// The signal that a dumped sender has connected with the slot.
-QString signalInto(const QString &slot, const QStringList &dump)
-{
-    static const QRegularExpression outgoing(QStringLiteral("^ +signal: (.+)$"));
-    QString signal;
-    for (const QString &line : dump) {
-        const QRegularExpressionMatch match = outgoing.match(line);
-        if (match.hasMatch())
-            signal = match.captured(1);
-        else if (line.contains(QLatin1String("-->")) && line.endsWith(QLatin1Char(' ') + slot))
-            return signal;
-    }
-    return QStringLiteral("no signal");
-}
-
 // The inner widgets of a text view are its own business.
 bool isContainer(const QWidget *widget)
 {
@@ -80,24 +55,6 @@ void pressAt(QWidget &page, const char *name)
 void releaseAt(QWidget &page, const char *name)
 {
     QTest::mouseRelease(page.windowHandle(), Qt::LeftButton, {}, centreInWindow(page, name));
-}
-
-QStringList connectionsInto(QWidget &receiver, bench::TraceLog &trace)
-{
-    static const QRegularExpression incoming(QStringLiteral("^ +<-- \\w+::(\\w+) +(.+)$"));
-    QStringList connections;
-    const QStringList lines = dumpOf(receiver, trace);
-    for (const QString &line : lines) {
-        const QRegularExpressionMatch match = incoming.match(line);
-        if (!match.hasMatch())
-            continue;
-        const QString sender = match.captured(1);
-        const QString slot = match.captured(2);
-        const QObject *button = child(receiver, sender.toLatin1().constData());
-        connections.prepend(QStringLiteral("%1: %2 -> %3")
-                                .arg(sender, signalInto(slot, dumpOf(*button, trace)), slot));
-    }
-    return connections;
 }
 
 QStringList overlaps(const QWidget &page)

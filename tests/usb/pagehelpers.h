@@ -1,14 +1,12 @@
 #pragma once
 
+#include "tests/support/connections.h"
+
 #include <QByteArray>
 #include <QPushButton>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
-
-namespace bench {
-class TraceLog;
-}
 
 namespace tests {
 
@@ -27,10 +25,6 @@ Widget *child(const QWidget &page, const char *name)
 void clickAt(QWidget &page, const char *name);
 void pressAt(QWidget &page, const char *name);
 void releaseAt(QWidget &page, const char *name);
-
-// "sender: signal -> slot" of every connection of a child's signal into the object,
-// oldest first, as Qt's own dump of the object tells them.
-QStringList connectionsInto(QWidget &receiver, bench::TraceLog &trace);
 
 // Widgets that a user sees and that lie over one another though they should not:
 // "name/name". A caption lies inside its button and is left out.
