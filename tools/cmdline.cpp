@@ -23,7 +23,7 @@ void CmdLine::run()
     // Kept: empty parts stay, so two spaces in a row pass an empty argument.
     process.setArguments(arguments.split(QLatin1Char(' '), Qt::KeepEmptyParts, Qt::CaseSensitive));
     process.start(QIODevice::ReadWrite);
-    if (process.waitForStarted(kStartMilliseconds))
-        process.waitForFinished(-1);
+    process.waitForStarted(kStartMilliseconds);
+    process.waitForFinished(-1);
     emit signals_show(QString::fromLocal8Bit(process.readAllStandardOutput()), tag);
 }
