@@ -3,6 +3,7 @@
 #include "tools/cmdline.h"
 
 #include <QSignalSpy>
+#include <QTextCodec>
 
 // The thread that runs one external program.
 class TestCmdLine : public tests::UnitTest
@@ -11,9 +12,13 @@ class TestCmdLine : public tests::UnitTest
 
 private slots:
     void signalsStandInOrder();
+    void commandHasNoParent();
     void argumentsAreSplitAtEachSpace_data();
     void argumentsAreSplitAtEachSpace();
     void outputComesBackWithTheTag();
+    void outputIsInTheLocalEncoding_data();
+    void outputIsInTheLocalEncoding();
+    void outputReachesTheReceiversThread();
     void standardErrorIsNotRead();
     void programThatDoesNotStartYieldsNothing();
     void runIsTraced();
@@ -42,6 +47,13 @@ void TestCmdLine::signalsStandInOrder()
              QStringList({"signals_show(QString,QString)", "signals_showOut()"}));
 }
 
+void TestCmdLine::commandHasNoParent()
+{
+    const CmdLine command("echo", "word", "tag");
+    QVERIFY(command.parent() == nullptr);
+    QVERIFY(!command.isRunning());
+}
+
 void TestCmdLine::argumentsAreSplitAtEachSpace_data()
 {
     QTest::addColumn<QString>("arguments");
@@ -68,6 +80,40 @@ void TestCmdLine::argumentsAreSplitAtEachSpace()
 void TestCmdLine::outputComesBackWithTheTag()
 {
     QCOMPARE(run("echo", "a word"), QList<QVariantList>({{"a word\n", "tag"}}));
+}
+
+void TestCmdLine::outputIsInTheLocalEncoding_data()
+{
+    QTest::addColumn<QByteArray>("encoding");
+    QTest::addColumn<QString>("output");
+    QTest::newRow("UTF-8") << QByteArray("UTF-8") << QStringLiteral("\u00b5");
+    QTest::newRow("Latin-1") << QByteArray("ISO-8859-1") << QStringLiteral("\u00c2\u00b5");
+}
+
+void TestCmdLine::outputIsInTheLocalEncoding()
+{
+    QFETCH(QByteArray, encoding);
+    QFETCH(QString, output);
+    QTextCodec *previous = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName(encoding));
+    const QList<QVariantList> shown = run("printf", "\\302\\265");
+    QTextCodec::setCodecForLocale(previous);
+    QCOMPARE(shown, QList<QVariantList>({{output, "tag"}}));
+}
+
+void TestCmdLine::outputReachesTheReceiversThread()
+{
+    CmdLine command("echo", "word", "tag");
+    QStringList received;
+    connect(&command, &CmdLine::signals_show, this,
+            [&received](const QString &output, const QString &tag) {
+                QCOMPARE(QThread::currentThread(), qApp->thread());
+                received << output << tag;
+            });
+    command.start();
+    QVERIFY(command.wait(60000));
+    QCOMPARE(received, QStringList()); // queued until this thread's events run
+    QTRY_COMPARE(received, (QStringList{"word\n", "tag"}));
 }
 
 void TestCmdLine::standardErrorIsNotRead()
