@@ -25,6 +25,7 @@ private slots:
     void showsTheGainsAtTheStart();
     void sendsNothingBeforeTheFirstStep();
     void listsTheGainsAtTheStart();
+    void gainsAreThoseOfTheTables();
     void eachKeyStepsOnce_data();
     void eachKeyStepsOnce();
     void stepsGoRound_data();
@@ -175,11 +176,23 @@ void TestMicTest::sendsNothingBeforeTheFirstStep()
 void TestMicTest::listsTheGainsAtTheStart()
 {
     const mictestwidget page;
-    const QStringList lines = trace().payloads();
-    QCOMPARE(lines.size(), 31);
-    QCOMPARE(lines.first(), QString("-24 0"));
-    QCOMPARE(lines.at(25), QString("1 25"));
-    QCOMPARE(lines.last(), QString("6 30"));
+    QCOMPARE(
+        trace().payloads(),
+        QStringList({"-24 0", "-23 1", "-22 2",  "-21 3",  "-20 4",  "-19 5",  "-18 6",  "-17 7",
+                     "-16 8", "-15 9", "-14 10", "-13 11", "-12 12", "-11 13", "-10 14", "-9 15",
+                     "-8 16", "-7 17", "-6 18",  "-5 19",  "-4 20",  "-3 21",  "-2 22",  "-1 23",
+                     "0 24",  "1 25",  "2 26",   "3 27",   "4 28",   "5 29",   "6 30"}));
+}
+
+void TestMicTest::gainsAreThoseOfTheTables()
+{
+    const mictestwidget page;
+    const QVector<float> opGains(std::begin(gOpGainLevel), std::end(gOpGainLevel));
+    QCOMPARE(opGains, (QVector<float>{0.0f, 9.0f, 12.0f, 21.0f, 27.5f, 30.0f, 40.0f}));
+    const QVector<float> pgaGains(std::begin(gPgaGainLevel), std::end(gPgaGainLevel));
+    QCOMPARE(pgaGains, (QVector<float>{-24, -23, -22, -21, -20, -19, -18, -17, -16, -15, -14,
+                                       -13, -12, -11, -10, -9,  -8,  -7,  -6,  -5,  -4,  -3,
+                                       -2,  -1,  0,   1,   2,   3,   4,   5,   6}));
 }
 
 void TestMicTest::eachKeyStepsOnce_data()
@@ -288,6 +301,11 @@ void TestMicTest::tableGainsFollowTheirTable_data()
                                  << QVector<float>{21.0f, 27.5f, 30.0f, 40.0f, 0.0f, 9.0f, 12.0f};
     QTest::newRow("OP gains down")
         << "key_op_prev" << 0 << QVector<float>{9.0f, 0.0f, 40.0f, 30.0f, 27.5f, 21.0f, 12.0f};
+    QTest::newRow("PGA gains down")
+        << "key_opg_prev" << 1
+        << QVector<float>{5,   4,   3,   2,   1,   0,   -1,  -2,  -3,  -4,  -5,
+                          -6,  -7,  -8,  -9,  -10, -11, -12, -13, -14, -15, -16,
+                          -17, -18, -19, -20, -21, -22, -23, -24, 6};
     QTest::newRow("PGA gains up") << "key_opg_next" << 1
                                   << QVector<float>{-24, -23, -22, -21, -20, -19, -18, -17,
                                                     -16, -15, -14, -13, -12, -11, -10, -9,
@@ -360,11 +378,16 @@ void TestMicTest::labelAndCallComeInOrder()
     QFETCH(QString, label);
     const mictestwidget page;
     QStringList shown;
+    int traced = 0;
+    trace().clear();
     QObject context;
-    connect(&bench::journal(), &bench::Journal::added, &context,
-            [&] { shown << textOf(page, label); });
+    connect(&bench::journal(), &bench::Journal::added, &context, [&] {
+        shown << textOf(page, label);
+        traced = trace().lines().size();
+    });
     press(page, QTest::currentDataTag());
     QCOMPARE(shown.size(), 1);
+    QCOMPARE(traced, 1); // before the call
     QTEST(shown.first(), "duringTheCall");
 }
 
