@@ -25,12 +25,15 @@ private slots:
     void createBuildsThePageHostAndShowsTheMenu();
     void secondCreateKeepsThePageHostAndReturnsToTheMenu();
     void createAfterThePageHostWasDestroyedBuildsANewOne();
+    void createListensBeforeItHandsThePageHostOver();
     void createWritesATraceLine();
     void destroyAsksForADelayedDeletion();
     void destroyedWindowTakesThePageHostAlong();
     void destructorLeavesThePageHostToTheFramework();
     void showPassesTheDataOn();
-    void backIsAlwaysAnswered();
+    void showIsTracedBeforeItIsPassedOn();
+    void backIsAnsweredOnThePage_data();
+    void backIsAnsweredOnThePage();
     void keyGoesToThePageHost();
     void keyWithoutPageHostGoesToTheFramework();
     void hasAName();
@@ -108,12 +111,25 @@ void TestMainWindow::createAfterThePageHostWasDestroyedBuildsANewOne()
              QStringList{"BaseWindow.setMainWidget(38)"});
 }
 
+void TestMainWindow::createListensBeforeItHandsThePageHostOver()
+{
+    MainWindow window(nullptr);
+    bool listens = false;
+    QObject context;
+    connect(&bench::unit(), &bench::HeadUnit::mainWidgetChanged, &context, [&](QWidget *widget) {
+        listens = disconnect(widget, SIGNAL(destroyed()), &window, SLOT(onDestroyObj()));
+        connect(widget, SIGNAL(destroyed()), &window, SLOT(onDestroyObj()));
+    });
+    window.onCreate();
+    QVERIFY(listens);
+}
+
 void TestMainWindow::createWritesATraceLine()
 {
     MainWindow window(nullptr);
     window.onCreate();
     const QRegularExpression line(
-        "^\\[DBG\\] \\d+ virtual void testmode::MainWindow::onCreate\\(\\) \\d+ -- ");
+        "^\\[DBG\\] \\d+ virtual void testmode::MainWindow::onCreate\\(\\) \\d+ -- onCreate$");
     QCOMPARE(trace().lines().filter(line).size(), 1);
     window.onCreate();
     QCOMPARE(trace().lines().filter(line).size(), 2);
@@ -164,20 +180,60 @@ void TestMainWindow::showPassesTheDataOn()
     QCOMPARE(trace().lines().size(), 1);
     QVERIFY(trace().lines().first().contains(
         " virtual void testmode::MainWindow::onShow(const QByteArray&) "));
+    QCOMPARE(trace().payloads(), QStringList{"onShow"});
 }
 
-void TestMainWindow::backIsAlwaysAnswered()
+void TestMainWindow::showIsTracedBeforeItIsPassedOn()
 {
     MainWindow window(nullptr);
-    QCOMPARE(window.backEvent(), 1);
-    window.onCreate();
-    host->show();
-    QCOMPARE(window.backEvent(), 1);
-    host->onShowMicTestWidget();
+    QStringList traced;
+    QObject context;
+    connect(&journal(), &bench::Journal::added, &context,
+            [this, &traced] { traced = trace().payloads(); });
+    window.onShow(QByteArray());
+    QCOMPARE(traced, QStringList{"onShow"});
+}
+
+void TestMainWindow::backIsAnsweredOnThePage_data()
+{
+    QTest::addColumn<QByteArray>("show"); // the page host's slot
+    QTest::newRow("no page host") << QByteArray();
+    QTest::newRow("menu") << QByteArray("onShowTidModeWidget");
+    for (const char *slot :
+         {"onShowNcmModeWidget", "onShowUsbTestWidget", "onShowUSBEyesTestWidget",
+          "onShowGpstestWidget", "onShowGpsUpdateWidget", "onShowSystemToolsWidget",
+          "onShowMicTestWidget"})
+        QTest::newRow(slot) << QByteArray(slot);
+}
+
+void TestMainWindow::backIsAnsweredOnThePage()
+{
+    QFETCH(QByteArray, show);
+    MainWindow window(nullptr);
+    QList<QWidget *> shown;
+    const auto shownChildren = [this] {
+        QList<QWidget *> visible;
+        if (host == nullptr)
+            return visible;
+        for (auto *child : host->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (child->isVisible())
+                visible << child;
+        }
+        return visible;
+    };
+    if (!show.isEmpty()) {
+        window.onCreate();
+        host->show();
+        QVERIFY(QMetaObject::invokeMethod(host, show.constData()));
+        shown = shownChildren();
+        QVERIFY(!shown.isEmpty());
+    }
     journal().clear();
+    trace().clear();
     QCOMPARE(window.backEvent(), 1);
     QCOMPARE(journal().texts(), QStringList());
-    QVERIFY(host->findChild<testmode::mictestwidget *>()->isVisible());
+    QCOMPARE(trace().lines(), QStringList());
+    QCOMPARE(shownChildren(), shown);
 }
 
 void TestMainWindow::keyGoesToThePageHost()
