@@ -110,12 +110,15 @@ public:
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (watched == qApp && event->type() == static_cast<QEvent::Type>(1008))
-            payloads << static_cast<TouchEvent *>(event)->payload;
+        if (watched == qApp && event->type() == static_cast<QEvent::Type>(1008)) {
+            last = static_cast<TouchEvent *>(event);
+            payloads << last->payload;
+        }
         return false;
     }
 
     QVector<QByteArray> payloads;
+    TouchEvent *last = nullptr;
 };
 
 } // namespace
@@ -132,6 +135,8 @@ private slots:
     void entryShowsItsPageAndHidesTheMenu_data();
     void entryShowsItsPageAndHidesTheMenu();
     void updatePageLiesOverTheMenu();
+    void pageIsShownBeforeTheMenuIsHidden_data();
+    void pageIsShownBeforeTheMenuIsHidden();
     void secondShowingReusesThePage_data();
     void secondShowingReusesThePage();
     void pageCodeIsThatOfThePageCreatedLast();
@@ -140,6 +145,7 @@ private slots:
     void applePageSettingIsWrittenEveryTime();
     void applePageIsBuiltBeforeTheSettingIsWritten();
     void applePageReadsTheSettingThatWasJustWritten();
+    void applePagePutsItsFaceOnBeforeItIsShown();
     void gpsTestSettingIsWrittenBeforeThePageIsBuilt();
     void gpsTestSettingIsNotWrittenAgain();
     void otherPagesWriteNoSetting_data();
@@ -147,6 +153,7 @@ private slots:
     void usbTestIsTracedBeforeAnythingElse();
     void tidModeDoesNothing();
     void resumeHidesThePagesAndShowsTheMenu();
+    void resumeHidesThePageFirst();
     void hidingWithoutPagesLeavesTheMenu();
     void hidingGoesInOrder();
     void hidingLeavesTheMenuAlone();
@@ -156,6 +163,7 @@ private slots:
     void noKeyIsConsumed_data();
     void noKeyIsConsumed();
     void quitSendsOneTouchEvent();
+    void quitLeavesItsEventUndeleted();
     void leavingTheUsbPageShowsTheMenuAndForgetsThePage();
     void leavingTheUsbPageTwiceBuildsItTwice();
     void destructionGoesInOrder();
@@ -234,6 +242,25 @@ void TestMainWidget::updatePageLiesOverTheMenu()
     host.onShowGpsUpdateWidget();
     QCOMPARE(host.children().last(), pageOf(host, "testmode::gpsupdate"));
     QCOMPARE(shownChildren(host), (QStringList{"testmode::gpsupdate", kMenu}));
+}
+
+void TestMainWidget::pageIsShownBeforeTheMenuIsHidden_data()
+{
+    QTest::addColumn<int>("page");
+    for (int i : {0, 1, 2, 4, 5}) // the update page leaves the menu shown
+        QTest::newRow(qPrintable(kPages.at(i).name)) << i;
+}
+
+void TestMainWidget::pageIsShownBeforeTheMenuIsHidden()
+{
+    QFETCH(int, page);
+    MainWidget host(nullptr);
+    host.show();
+    QStringList shown{"the menu was not hidden"};
+    const ChildWatch watch(pageOf(host, kMenu), QEvent::Hide,
+                           [&](QObject *) { shown = shownChildren(host); });
+    (host.*kPages.at(page).show)();
+    QCOMPARE(shown, QStringList{kPages.at(page).name});
 }
 
 void TestMainWidget::secondShowingReusesThePage_data()
@@ -344,6 +371,22 @@ void TestMainWidget::applePageReadsTheSettingThatWasJustWritten()
     }
 }
 
+void TestMainWidget::applePagePutsItsFaceOnBeforeItIsShown()
+{
+    MainWidget host(nullptr);
+    host.show();
+    QStringList shownWhileAsked;
+    QObject context;
+    connect(&journal(), &bench::Journal::added, &context, [&](int number) {
+        if (journal().texts(number - 1).value(0).startsWith("SettingsCache.getValue(\"TEST_MODE\""))
+            shownWhileAsked << shownChildren(host).join('|');
+    });
+    host.onShowUsbTestWidget();
+    host.resume();
+    host.onShowNcmModeWidget();
+    QCOMPARE(shownWhileAsked, (QStringList{kMenu, kMenu}));
+}
+
 void TestMainWidget::gpsTestSettingIsWrittenBeforeThePageIsBuilt()
 {
     MainWidget host(nullptr);
@@ -395,6 +438,7 @@ void TestMainWidget::usbTestIsTracedBeforeAnythingElse()
     disconnect(watch);
     QCOMPARE(callsBefore, QStringList());
     QVERIFY(trace().lines().first().contains("void testmode::MainWidget::onShowUsbTestWidget() "));
+    QCOMPARE(trace().payloads().first(), QStringLiteral("usb test"));
 }
 
 void TestMainWidget::tidModeDoesNothing()
@@ -418,6 +462,19 @@ void TestMainWidget::resumeHidesThePagesAndShowsTheMenu()
         host.resume();
         QCOMPARE(shownChildren(host), QStringList{kMenu});
     }
+}
+
+void TestMainWidget::resumeHidesThePageFirst()
+{
+    MainWidget host(nullptr);
+    host.show();
+    host.onShowMicTestWidget();
+    QStringList shown{"the page was not hidden"};
+    const ChildWatch watch(pageOf(host, kMic.name), QEvent::Hide,
+                           [&](QObject *) { shown = shownChildren(host); });
+    host.resume();
+    QCOMPARE(shown, QStringList());
+    QCOMPARE(shownChildren(host), QStringList{kMenu});
 }
 
 void TestMainWidget::hidingWithoutPagesLeavesTheMenu()
@@ -550,6 +607,18 @@ void TestMainWidget::quitSendsOneTouchEvent()
              QByteArray(reinterpret_cast<const char *>(words), sizeof words));
     QCOMPARE(watch.payloads.first().size(), 16);
     QCOMPARE(shownChildren(host), QStringList{kMenu});
+}
+
+// The framework may keep it; a sanitizer tells when it is gone.
+void TestMainWidget::quitLeavesItsEventUndeleted()
+{
+    ApplicationWatch watch;
+    MainWidget(nullptr).onReturnHome();
+    QVERIFY(watch.last != nullptr);
+    QCOMPARE(static_cast<int>(watch.last->type()), 1008);
+    QCOMPARE(static_cast<int>(watch.last->value), 9);
+    QCOMPARE(watch.last->payload, watch.payloads.first());
+    delete watch.last;
 }
 
 void TestMainWidget::leavingTheUsbPageShowsTheMenuAndForgetsThePage()
