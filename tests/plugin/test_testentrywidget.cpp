@@ -2,10 +2,12 @@
 
 #include "gpsservice/gpsservice.h"
 #include "plugin/testentrywidget.h"
+#include "ui_testentrywidget.h"
 
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTranslator>
 
 using testmode::testEntryWidget;
 
@@ -22,6 +24,18 @@ void clickAt(QWidget *window, const QPoint &point)
 const QStringList kSignals = {"key_tid()",          "key_ncm()",     "key_gps()",
                               "key_usb_test()",     "key_quit()",    "key_gps_update()",
                               "key_system_tools()", "key_mic_test()"};
+
+// Says for every text which class it was asked for.
+class ContextTranslator : public QTranslator
+{
+public:
+    QString translate(const char *context, const char *source, const char *, int) const override
+    {
+        return QStringLiteral("%1/%2").arg(context, source);
+    }
+
+    bool isEmpty() const override { return false; }
+};
 
 // Counts every signal of the menu by its name.
 class SignalCounts
@@ -99,17 +113,22 @@ class TestTestEntryWidget : public tests::UnitTest
 private slots:
     void hasItsSignalsAndSlotsInOrder();
     void formIsAsItIsKnown();
+    void membersAreCreatedInOrder();
     void membersAreInOrder();
+    void textsAreTranslatedForTheMenu();
     void entryLooksLikeItself_data();
     void entryLooksLikeItself();
     void entryTextIsReadable_data();
     void entryTextIsReadable();
     void clickOnTheTextTriggersTheButton_data();
     void clickOnTheTextTriggersTheButton();
+    void entryIsTracedBeforeItsSignal_data();
+    void entryIsTracedBeforeItsSignal();
     void clickBesideTheTextTriggersTheButton_data();
     void clickBesideTheTextTriggersTheButton();
     void clickBesideTheButtonsTriggersNothing();
     void constructionAsksForTheModuleOnce();
+    void constructionListensBeforeItAsks();
     void updateEntryIsOpenForEveryModule_data();
     void updateEntryIsOpenForEveryModule();
     void moduleFoundOutLaterReachesTheMenu();
@@ -136,6 +155,21 @@ void TestTestEntryWidget::formIsAsItIsKnown()
     QCOMPARE(menu.findChildren<QLabel *>().size(), 8);
 }
 
+// The generated form declares its members in the order in which it creates them.
+void TestTestEntryWidget::membersAreCreatedInOrder()
+{
+    Ui_testEntryWidget form;
+    const QVector<const void *> members = {
+        &form.key_usb_tid,  &form.txt_usb_tid,  &form.key_ncm_test,   &form.txt_ncm,
+        &form.key_gps_test, &form.txt_gps,      &form.key_quit,       &form.txt_quit,
+        &form.key_usb_test, &form.txt_usb_test, &form.txt_gps_update, &form.key_gps_update,
+        &form.txt_tools,    &form.key_tools,    &form.txt_mic_test,   &form.key_mic_test,
+    };
+    QVERIFY(std::is_sorted(members.begin(), members.end(), std::less<const void *>()));
+    QCOMPARE(members.first(), static_cast<const void *>(&form));
+    QCOMPARE(sizeof form, 16 * sizeof(void *));
+}
+
 // Buttons among themselves and labels among themselves; a label lies above its button.
 void TestTestEntryWidget::membersAreInOrder()
 {
@@ -152,6 +186,24 @@ void TestTestEntryWidget::membersAreInOrder()
     QCOMPARE(labels,
              (QStringList{"txt_usb_tid", "txt_ncm", "txt_gps", "txt_quit", "txt_usb_test",
                           "txt_gps_update", "txt_tools", "txt_mic_test"}));
+}
+
+void TestTestEntryWidget::textsAreTranslatedForTheMenu()
+{
+    ContextTranslator translator;
+    QVERIFY(QCoreApplication::installTranslator(&translator));
+    const testEntryWidget menu(nullptr);
+    QCoreApplication::removeTranslator(&translator);
+    QCOMPARE(menu.windowTitle(), QStringLiteral("testEntryWidget/Form"));
+    QStringList texts;
+    for (const QLabel *label : menu.findChildren<QLabel *>())
+        texts << label->text();
+    texts.sort();
+    QCOMPARE(texts,
+             (QStringList{"testEntryWidget/GPS Update", "testEntryWidget/GPS test",
+                          "testEntryWidget/Mic Test", "testEntryWidget/NCM Test",
+                          "testEntryWidget/QUIT", "testEntryWidget/System Tools",
+                          "testEntryWidget/USB Test", "testEntryWidget/USB Tid"}));
 }
 
 void TestTestEntryWidget::entryLooksLikeItself_data()
@@ -222,6 +274,32 @@ void TestTestEntryWidget::clickOnTheTextTriggersTheButton()
     QCOMPARE(counts.emitted(), (QStringList{signal, signal}));
 }
 
+void TestTestEntryWidget::entryIsTracedBeforeItsSignal_data()
+{
+    addEntries();
+}
+
+void TestTestEntryWidget::entryIsTracedBeforeItsSignal()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, signal);
+    QFETCH(QString, traced);
+    testEntryWidget menu(nullptr);
+    trace().clear();
+    QStringList tracedAtSignal;
+    QTimer receiver; // any object with a slot of its own that can be heard
+    receiver.setInterval(0);
+    QVERIFY(connect(&menu, qPrintable("2" + signal), &receiver, SLOT(start())));
+    connect(&trace(), &bench::TraceLog::added, &menu,
+            [&](const QString &) { tracedAtSignal << (receiver.isActive() ? "late" : "early"); });
+    menu.findChild<QPushButton *>(button)->click();
+    QVERIFY(receiver.isActive());
+    QCOMPARE(tracedAtSignal, QStringList{"early"});
+    QCOMPARE(trace().payloads(), QStringList{traced});
+    const QString slot = QStringLiteral(" void testmode::testEntryWidget::on_%1_clicked() ");
+    QVERIFY(trace().lines().first().contains(slot.arg(button)));
+}
+
 void TestTestEntryWidget::clickBesideTheTextTriggersTheButton_data()
 {
     addEntries();
@@ -255,6 +333,18 @@ void TestTestEntryWidget::constructionAsksForTheModuleOnce()
     const testEntryWidget menu(nullptr);
     QCOMPARE(bench::journal().texts(), QStringList{"GpsService.getModualApatation()"});
     QCOMPARE(trace().payloads(), QStringList{"7"});
+}
+
+void TestTestEntryWidget::constructionListensBeforeItAsks()
+{
+    auto *service = gpsservice::GpsService::instance();
+    bool listened = false;
+    QObject context;
+    connect(&bench::journal(), &bench::Journal::added, &context, [&] {
+        listened = disconnect(service, SIGNAL(modualApatationCompelete(int)), nullptr, nullptr);
+    });
+    const testEntryWidget menu(nullptr);
+    QVERIFY(listened);
 }
 
 void TestTestEntryWidget::updateEntryIsOpenForEveryModule_data()
