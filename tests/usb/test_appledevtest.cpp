@@ -353,6 +353,7 @@ void TestAppleDevTest::usbFace()
     QCOMPARE(shown(kUsbWidgets), kUsbWidgets);
     QCOMPARE(shown(kNetworkWidgets), QStringList());
     QVERIFY(child(*page, "busy_text")->isHidden());
+    QCOMPARE(checkedOf(kUsbWidgets.mid(0, 6)), QString("radioButton_usb_tid radioButton_dcp"));
 
     forget();
     page->resume();
