@@ -179,10 +179,17 @@ void AppleDevTest::setUpResultView()
 void AppleDevTest::resume()
 {
     const int page = mem::SettingsCache::instance()->getValue(QStringLiteral("TEST_MODE"), 0);
-    if (page == kUsbTestPage)
-        showUsbFace();
-    else
+    if (page != kUsbTestPage) {
         showAppleFace();
+        return;
+    }
+    showUsbFace();
+
+    krdevice::DeviceManager *devices = krdevice::DeviceManager::instance();
+    const int certification = devices->getUsbCertification();
+    DBG << Qt::hex << certification;
+    showCertification(certification);
+    showChargingMode(devices->getUsbBcMode(kChargingPort));
 }
 
 // Kept: what one face hides is not shown again for the other; the face shown first
@@ -204,15 +211,13 @@ void AppleDevTest::showUsbFace()
          ui->radioButton_2, ui->btn_c_ncm_sw, ui->ncm_sw_state, ui->btn_c_usb_sw, ui->usb_sw_state,
          ui->s_udp_text,    ui->s_tcp_text,   ui->s_stop_text,  ui->c_udp50_text, ui->c_tcp_text,
          ui->c_udp100_text, ui->c_stop_text,  ui->usb_sw_text,  ui->ncm_sw_text,  ui->result_text});
+}
 
-    krdevice::DeviceManager *devices = krdevice::DeviceManager::instance();
-    const int certification = devices->getUsbCertification();
-    DBG << Qt::hex << certification;
-    showChecked(ui->radioButton_usb_normal, certification == Normal);
-    showChecked(ui->radioButton_usb_tid, certification == Tid);
-    showChecked(ui->radioButton_usb_mif, certification == Mif);
-
-    showChargingMode(devices->getUsbBcMode(kChargingPort));
+void AppleDevTest::showCertification(int mode)
+{
+    showChecked(ui->radioButton_usb_normal, mode == Normal);
+    showChecked(ui->radioButton_usb_tid, mode == Tid);
+    showChecked(ui->radioButton_usb_mif, mode == Mif);
 }
 
 void AppleDevTest::showChargingMode(int mode)

@@ -69,6 +69,7 @@ private:
     void setUpResultView();
     void showAppleFace();
     void showUsbFace();
+    void showCertification(int mode);
     void showChargingMode(int mode);
     void setChargingMode(int mode);
     void certify(int mode);

@@ -3,6 +3,7 @@
 #include "bench/root/privateroot.h"
 
 #include <QMetaMethod>
+#include <QRegularExpression>
 
 // Q_INIT_RESOURCE works at global scope only.
 static void initialisePluginResources()
@@ -56,6 +57,16 @@ QStringList UnitTest::unexpectedWarnings() const
     for (const QString &text : expectedWarnings)
         warnings.removeOne(text);
     return warnings;
+}
+
+QStringList UnitTest::tracedFunctions(int since) const
+{
+    static const QRegularExpression line(QStringLiteral("^\\[DBG\\] \\d+ (.+?) \\d+ -- "));
+    QStringList functions;
+    const QStringList lines = log->lines(since);
+    for (const QString &text : lines)
+        functions << line.match(text).captured(1);
+    return functions;
 }
 
 void UnitTest::cleanup()

@@ -32,6 +32,9 @@ protected:
     // The plug-in's trace since the case began.
     bench::TraceLog &trace() { return *log; }
 
+    // Whole signatures of the functions that wrote the plug-in's lines after the first `since`.
+    QStringList tracedFunctions(int since = 0) const;
+
     // The message boxes of the case; each one that comes must be announced here.
     ModalBoxes &boxes() { return *modalBoxes; }
 

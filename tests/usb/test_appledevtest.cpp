@@ -361,6 +361,7 @@ void TestAppleDevTest::usbFace()
              (QStringList{R"(SettingsCache.getValue("TEST_MODE", 0))",
                           "DeviceManager.getUsbCertification()", "DeviceManager.getUsbBcMode(0)"}));
     QCOMPARE(said(), QStringList{"54"});
+    QCOMPARE(tracedFunctions(traceMark), QStringList{"void testmode::AppleDevTest::resume()"});
 }
 
 void TestAppleDevTest::usbFaceShowsTheModes_data()
@@ -472,9 +473,11 @@ void TestAppleDevTest::speedSwitchWithoutItsFile()
     QVERIFY(QDir().rename(controller, controller + ".aside"));
     clickAt(*page, "btn_c_usb_sw");
     const QStringList lines = said();
+    const QStringList functions = tracedFunctions(traceMark);
     const QString shownState = child<QLabel>(*page, "usb_sw_state")->text();
     QVERIFY(QDir().rename(controller + ".aside", controller));
     QCOMPARE(lines, QStringList{"file not exit"});
+    QCOMPARE(functions, QStringList{"void testmode::AppleDevTest::on_btn_c_usb_sw_clicked()"});
     QCOMPARE(shownState, QString("OFF"));
 
     // The state did not toggle: the next press is the first.

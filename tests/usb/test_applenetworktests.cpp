@@ -82,6 +82,7 @@ private:
     QStringList enabledButtons() const;
     QStringList calls() const { return bench::journal().texts(mark); }
     QStringList said() { return trace().payloads(traceMark); }
+    bool isSaidBy(const QString &button) const;
     void watchCalls();
     void forget();
 
@@ -124,6 +125,15 @@ QStringList TestAppleNetworkTests::enabledButtons() const
             enabled << name;
     }
     return enabled;
+}
+
+// Every line since is of the button's own slot.
+bool TestAppleNetworkTests::isSaidBy(const QString &button) const
+{
+    QStringList functions = tracedFunctions(traceMark);
+    functions.removeDuplicates();
+    return functions
+        == QStringList{QString("void testmode::AppleDevTest::on_%1_clicked()").arg(button)};
 }
 
 void TestAppleNetworkTests::watchCalls()
@@ -172,6 +182,7 @@ void TestAppleNetworkTests::startsServer()
     press(button);
     QTEST(calls().join(' '), "call");
     QTEST(said(), "trace");
+    QVERIFY(isSaidBy(button));
     QCOMPARE(result(), QString("Please wait a moment then press <stop> button"));
     QVERIFY(!isBusy());
 }
@@ -199,6 +210,7 @@ void TestAppleNetworkTests::serverThatFailsStaysBusy()
     forget();
     press(button);
     QTEST(said(), "trace");
+    QVERIFY(isSaidBy(button));
     QCOMPARE(result(), QString());
     QVERIFY(isBusy());
 }
@@ -229,6 +241,7 @@ void TestAppleNetworkTests::runShowsItsReport()
     press(button);
     QTEST(calls().join(' '), "call");
     QTEST(said(), "trace");
+    QVERIFY(isSaidBy(button));
     QCOMPARE(result(), QString("report\n"));
     QVERIFY(!isBusy());
 }
@@ -260,6 +273,7 @@ void TestAppleNetworkTests::runThatFailsStaysBusy()
     forget();
     press(button);
     QTEST(said(), "trace");
+    QVERIFY(isSaidBy(button));
     QCOMPARE(result(), QString());
     QVERIFY(isBusy());
 }
@@ -284,6 +298,7 @@ void TestAppleNetworkTests::runWithoutReportStaysBusy()
     networkTests().writesLog = false;
     press(button);
     QTEST(said(), "trace");
+    QVERIFY(isSaidBy(button));
     QCOMPARE(result(), QString());
     QVERIFY(isBusy());
 }
