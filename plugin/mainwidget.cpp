@@ -60,16 +60,22 @@ QString usbDiskPath()
 }
 
 // The marker tells the unit's updater at the next start that a package waits.
-void writeUpdateMarker()
+bool writeUpdateMarker()
 {
     QFile marker(QString::fromLatin1(kUpdateMarker));
-    if (!marker.open(QIODevice::WriteOnly)) {
-        DBG << "==can not open file===";
-        popup("Error: can not open file");
-        return;
-    }
+    if (!marker.open(QIODevice::WriteOnly))
+        return false;
     marker.write("true");
     marker.close();
+    return true;
+}
+
+void copyToFlash(const QString &disk)
+{
+    const QString copy = QStringLiteral("cp %1/gps.bin /media/flash/nvm/").arg(disk);
+    // Kept: what the commands return is not looked at, only whether the staged file is there.
+    std::ignore = std::system(copy.toLatin1().constData());
+    std::ignore = std::system("sync");
 }
 
 template <typename Page>
@@ -215,25 +221,25 @@ void MainWidget::onShowGpstestWidget()
 
 void MainWidget::onShowGpsUpdateWidget()
 {
-    if (gpsservice::GpsService::instance()->getModualApatation() != kModuleFlashedHere) {
-        stageGpsPackage();
+    if (gpsservice::GpsService::instance()->getModualApatation() == kModuleFlashedHere) {
+        if (gpsUpdatePage == nullptr) {
+            gpsUpdatePage = new gpsupdate(this);
+            currentPage = GpsUpdatePage;
+        }
+        // The menu stays shown beneath: the page covers it and hides itself on "Return".
+        gpsUpdatePage->show();
+        gpsUpdatePage->raise();
         return;
     }
-    if (gpsUpdatePage == nullptr) {
-        gpsUpdatePage = new gpsupdate(this);
-        currentPage = GpsUpdatePage;
-    }
-    // The menu stays shown beneath: the page covers it and hides itself on "Return".
-    gpsUpdatePage->show();
-    gpsUpdatePage->raise();
-}
 
-// Copies the package from a USB disk to flash and resets the unit, whose own updater does the rest.
-void MainWidget::stageGpsPackage()
-{
+    // Every other module: the package goes from a USB disk to flash, and the unit's own updater
+    // does the rest after the reset.
     DBG << "========enter RX452 update============";
     mcu::McuService::instance()->setWatchDogEnable(false);
-    writeUpdateMarker();
+    if (!writeUpdateMarker()) {
+        DBG << "==can not open file===";
+        popup("Error: can not open file");
+    }
 
     const QString disk = usbDiskPath();
     if (disk.isEmpty()) {
@@ -241,10 +247,7 @@ void MainWidget::stageGpsPackage()
         return;
     }
 
-    const QString copy = QStringLiteral("cp %1/gps.bin /media/flash/nvm/").arg(disk);
-    // Kept: what the commands return is not looked at, only whether the staged file is there.
-    std::ignore = std::system(copy.toLatin1().constData());
-    std::ignore = std::system("sync");
+    copyToFlash(disk);
 
     if (QFile::exists(QString::fromLatin1(kStagedPackage))) {
         mcu::McuService::instance()->setResetSystem(1);

@@ -51,7 +51,6 @@ public slots:
 private:
     void showAppleDevPage(int pageCode);
     void leaveUsbEyesPage();
-    void stageGpsPackage();
 
     AppleDevTest *appleDevPage = nullptr; // serves both the NCM and the USB test
     SetupUsbTest *usbEyesPage = nullptr;

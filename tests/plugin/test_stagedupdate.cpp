@@ -20,6 +20,9 @@ namespace {
 const char kMarker[] = "/media/flash/nvm/gpsupdate.cfg";
 const char kStaged[] = "/media/flash/nvm/gps.bin";
 
+// Every line of this way is the slot's own.
+const QString kSlot = QStringLiteral("void testmode::MainWidget::onShowGpsUpdateWidget()");
+
 void writeFile(const QString &path, const QByteArray &content)
 {
     QFile file(path);
@@ -215,6 +218,7 @@ void TestStagedUpdate::diskWithoutPackageIsReportedAndTheUnitGoesOn()
                           "OutputLogsUsb.tipsMessagePopup(\"Error: file not copy\")"}));
     QCOMPARE(trace().payloads(),
              (QStringList{"========enter RX452 update============", "===file not copy========"}));
+    QCOMPARE(tracedFunctions(), (QStringList{kSlot, kSlot}));
     QCOMPARE(readFile(kMarker), QByteArray("true"));
     QVERIFY(!bench::unit().system.watchdogEnabled);
     QCOMPARE(bench::unit().system.systemResets, 0);
@@ -253,6 +257,7 @@ void TestStagedUpdate::unwritableMarkerIsReportedAndTheCopyGoesOn()
                           "McuService.setResetSystem(1)"}));
     QCOMPARE(trace().payloads(),
              (QStringList{"========enter RX452 update============", "==can not open file==="}));
+    QCOMPARE(tracedFunctions(), (QStringList{kSlot, kSlot}));
     QCOMPARE(readFile(kStaged), QByteArray("package"));
 }
 
