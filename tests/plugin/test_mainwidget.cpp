@@ -591,6 +591,8 @@ void TestMainWidget::noKeyIsConsumed()
         QCOMPARE(
             trace().payloads(),
             (QStringList{QStringLiteral("key: %1 --testmode: %2").arg(number).arg(code), "false"}));
+        const QString function = "int testmode::MainWidget::windowKeyEvent(KeyEvent*)";
+        QCOMPARE(tracedFunctions(), (QStringList{function, function}));
     }
     QCOMPARE(shownChildren(host), shown);
 }

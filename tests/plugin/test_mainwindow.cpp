@@ -245,6 +245,8 @@ void TestMainWindow::keyGoesToThePageHost()
     KeyEvent key(35);
     QCOMPARE(window.keyEvent(&key), -1);
     QCOMPARE(trace().payloads(), (QStringList{"35 1007", "key: 35 --testmode: 0", "false"}));
+    QCOMPARE(tracedFunctions().first(),
+             QStringLiteral("virtual int testmode::MainWindow::keyEvent(KeyEvent*)"));
     QCOMPARE(journal().texts(), QStringList());
 }
 

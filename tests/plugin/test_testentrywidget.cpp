@@ -296,8 +296,8 @@ void TestTestEntryWidget::entryIsTracedBeforeItsSignal()
     QVERIFY(receiver.isActive());
     QCOMPARE(tracedAtSignal, QStringList{"early"});
     QCOMPARE(trace().payloads(), QStringList{traced});
-    const QString slot = QStringLiteral(" void testmode::testEntryWidget::on_%1_clicked() ");
-    QVERIFY(trace().lines().first().contains(slot.arg(button)));
+    QCOMPARE(tracedFunctions(),
+             QStringList{QString("void testmode::testEntryWidget::on_%1_clicked()").arg(button)});
 }
 
 void TestTestEntryWidget::clickBesideTheTextTriggersTheButton_data()
@@ -364,6 +364,8 @@ void TestTestEntryWidget::updateEntryIsOpenForEveryModule()
     menu.onGpsUpdateChanged(state);
     QVERIFY(entry->isEnabled());
     QCOMPARE(trace().payloads(), QStringList{QString::number(state)});
+    QCOMPARE(tracedFunctions(),
+             QStringList{"void testmode::testEntryWidget::onGpsUpdateChanged(int)"});
 }
 
 void TestTestEntryWidget::moduleFoundOutLaterReachesTheMenu()

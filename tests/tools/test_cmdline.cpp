@@ -130,6 +130,7 @@ void TestCmdLine::runIsTraced()
 {
     run("echo", "a  b");
     QCOMPARE(trace().payloads(), QStringList({"\"echo\" \"a  b\""}));
+    QCOMPARE(tracedFunctions(), QStringList{"virtual void CmdLine::run()"});
 }
 
 void TestCmdLine::longOutputComesWhole()

@@ -243,6 +243,10 @@ void TestMicTest::eachKeyStepsOnce()
     trace().clear();
     press(page, QTest::currentDataTag());
     QTEST(trace().payloads().join('|'), "trace");
+    QCOMPARE(
+        tracedFunctions(),
+        QStringList{
+            QString("void testmode::mictestwidget::on_%1_clicked()").arg(QTest::currentDataTag())});
     QTEST(textOf(page, label), "text");
     QTEST(bench::journal().texts().join('|'), "call");
 }

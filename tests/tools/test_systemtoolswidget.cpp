@@ -272,6 +272,8 @@ void TestSystemToolsWidget::showingOpensCopyLogOnlyWithTheLogService()
     page.show();
     QCOMPARE(find<QPushButton>(page, "readBtn")->isEnabled(), on);
     QTEST(trace().payloads().join('|'), "traced");
+    QCOMPARE(tracedFunctions(),
+             QStringList{"virtual void SystemToolsWidget::showEvent(QShowEvent*)"});
 }
 
 void TestSystemToolsWidget::openedLogServiceShowsAtTheNextShowing()
