@@ -8,9 +8,7 @@
 #include <QFile>
 #include <QProgressBar>
 
-using bench::Fault;
 using bench::journal;
-using bench::ReceiverStep;
 using tests::UpdateUnit;
 
 namespace {
@@ -20,16 +18,6 @@ constexpr int kUpdateMilliseconds = 60000;
 
 const QStringList kImages = {"bootloader.bin", "partition_table.bin", "gnss_demo.bin",
                              "gnss_config.bin"};
-
-Fault faultAt(Fault::Kind kind, ReceiverStep step, std::optional<quint32> value = {}, int times = 1)
-{
-    Fault fault;
-    fault.kind = kind;
-    fault.step = step;
-    fault.value = value;
-    fault.times = times;
-    return fault;
-}
 
 // What the unit finds from now on: images of five bytes.
 void useOtherPackage()
@@ -60,8 +48,6 @@ QStringList traced(const bench::TraceLog &log, const char *ending)
 
 } // namespace
 
-Q_DECLARE_METATYPE(QVector<bench::Fault>)
-
 // Whole updates of the simulated receiver, from the presses on the screen to the flash.
 class TestUpdateWhole : public tests::UnitTest
 {
@@ -76,10 +62,6 @@ private slots:
     void windowDestroyedInTheMiddle();
     void packageLoadedDuringAnUpdateIsNotThisUpdates();
     void updateWithoutPackageIsRefused();
-    void faultIsReportedAndTheNextUpdateIsGood_data();
-    void faultIsReportedAndTheNextUpdateIsGood();
-    void refusalThatPassesIsNotSeen_data();
-    void refusalThatPassesIsNotSeen();
 
 private:
     void update(UpdateUnit &unit);
@@ -222,111 +204,6 @@ void TestUpdateWhole::updateWithoutPackageIsRefused()
     update(unit);
     QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: failed"));
     QVERIFY(unit.flash() == UpdateUnit::flashWith({}));
-}
-
-void TestUpdateWhole::faultIsReportedAndTheNextUpdateIsGood_data()
-{
-    QTest::addColumn<QVector<Fault>>("faults");
-    QTest::addColumn<QStringList>("failed");  // steps of the trace
-    QTest::addColumn<QStringList>("written"); // images that lie whole in the flash
-
-    QTest::newRow("status when the watchdog is switched off")
-        << QVector<Fault>{faultAt(Fault::Kind::Status, ReceiverStep::Write16, 0x1000)}
-        << QStringList{"hdl_brom_write16 fail", "hdl_brom_send_da fail", "hdl_connect fail"}
-        << QStringList();
-    QTest::newRow("status when stage 1 is announced")
-        << QVector<Fault>{faultAt(Fault::Kind::Status, ReceiverStep::LoadStage1, 0x1D0D)}
-        << QStringList{"hdl_brom_send_da fail", "hdl_brom_send_da fail", "hdl_connect fail"}
-        << QStringList();
-    QTest::newRow("checksum of stage 1")
-        << QVector<Fault>{faultAt(Fault::Kind::Checksum, ReceiverStep::LoadStage1)}
-        << QStringList{"hdl_brom_send_da, checksum fail", "hdl_brom_send_da fail",
-                       "hdl_connect fail"}
-        << QStringList();
-    QTest::newRow("checksum of stage 2")
-        << QVector<Fault>{faultAt(Fault::Kind::Checksum, ReceiverStep::LoadStage2)}
-        << QStringList{"hdl_brom_send_da1, checksum fail", "hdl_brom_send_da fail",
-                       "hdl_connect fail"}
-        << QStringList();
-    QTest::newRow("status of the jump")
-        << QVector<Fault>{faultAt(Fault::Kind::Status, ReceiverStep::Jump, 0xFFFE)}
-        << QStringList{"hdl_brom_jump_da fail", "hdl_connect fail"} << QStringList();
-    QTest::newRow("status of the parameters")
-        << QVector<Fault>{faultAt(Fault::Kind::Status, ReceiverStep::Parameters, 0x1000)}
-        << QStringList{"unknow_array fail", "hdl_connect fail"} << QStringList();
-
-    Fault sum = faultAt(Fault::Kind::Checksum, ReceiverStep::ImageSum);
-    sum.image = 2;
-    QTest::newRow("sum of the second image")
-        << QVector<Fault>{sum} << QStringList{"hdl_da_download fail", "hdl_download fail"}
-        << QStringList{"bootloader.bin", "partition_table.bin"};
-    Fault last = faultAt(Fault::Kind::Nack, ReceiverStep::Packet, 3061, 4);
-    last.image = 4;
-    last.packet = 1;
-    QTest::newRow("packet of the last image refused four times")
-        << QVector<Fault>{last}
-        << QStringList{"hdl_wirte_packet fail", "hdl_da_download fail", "hdl_download fail"}
-        << QStringList{"bootloader.bin", "partition_table.bin", "gnss_demo.bin"};
-    Fault silent = faultAt(Fault::Kind::Silence, ReceiverStep::Packet);
-    silent.image = 2;
-    silent.packet = 1;
-    QTest::newRow("silent from the second image on")
-        << QVector<Fault>{silent}
-        << QStringList{"hdl_wirte_packet fail", "hdl_da_download fail", "hdl_download fail"}
-        << QStringList{"bootloader.bin"};
-}
-
-void TestUpdateWhole::faultIsReportedAndTheNextUpdateIsGood()
-{
-    QFETCH(QVector<Fault>, faults);
-    QFETCH(QStringList, failed);
-    QFETCH(QStringList, written);
-    UpdateUnit unit;
-    unit.openUpdatePage();
-    unit.receiver.setFaults(faults);
-    update(unit);
-    QVERIFY(unit.receiver.faultReports().first().done > 0);
-    QCOMPARE(
-        unit.lines(),
-        (QStringList{"/dev/ttyS4: started", "/dev/ttyS4: reset succed", "/dev/ttyS4: failed"}));
-    QCOMPARE(unit.progress(), 0);
-    QCOMPARE(unit.icon(), QColor("red"));
-    QCOMPARE(traced(trace(), " fail"), failed);
-    QVERIFY(unit.flash() == UpdateUnit::flashWith(written));
-
-    unit.receiver.clearFaults();
-    update(unit);
-    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
-    QCOMPARE(unit.icon(), QColor("green"));
-    QVERIFY(unit.flash() == UpdateUnit::flashWith(kImages));
-}
-
-void TestUpdateWhole::refusalThatPassesIsNotSeen_data()
-{
-    QTest::addColumn<quint32>("code");
-    QTest::addColumn<int>("times");
-    QTest::newRow("listed, once") << 3061U << 1;
-    QTest::newRow("listed, as often as is borne") << 3064U << 3;
-    QTest::newRow("busy") << 3065U << 1;
-    QTest::newRow("not listed, more often than any") << 7U << 9;
-}
-
-void TestUpdateWhole::refusalThatPassesIsNotSeen()
-{
-    QFETCH(quint32, code);
-    QFETCH(int, times);
-    UpdateUnit unit;
-    unit.openUpdatePage();
-    Fault refusal = faultAt(Fault::Kind::Nack, ReceiverStep::Packet, code, times);
-    refusal.image = 3;
-    refusal.packet = 2;
-    unit.receiver.setFaults({refusal});
-    update(unit);
-    QCOMPARE(unit.receiver.faultReports().first().done, times);
-    QCOMPARE(trace().payloads().filter("NACK").size(), times);
-    QVERIFY(trace().payloads().contains(QStringLiteral("hdl_wirte_packet, NACK ret=%1").arg(code)));
-    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
-    QVERIFY(unit.flash() == UpdateUnit::flashWith(kImages));
 }
 
 TESTMODE_TEST_MAIN(TestUpdateWhole)
