@@ -89,6 +89,7 @@ private:
     void checkMenu();
     void fail(const QString &what);
     QWidget *ready(const char *name);
+    bool waitUntilReady(const char *name);
     bool tapWhenReady(const char *name);
     bool update();
 
@@ -160,7 +161,8 @@ void TestRandomPresses::nothingThatCanBePressedCrashes()
         updated = update();
     if (!updated)
         fail(QStringLiteral("no update succeeds any more"));
-    QVERIFY(around->flashHoldsPackage());
+    if (updated && !around->flashHoldsPackage())
+        fail(QStringLiteral("the update left another flash"));
 }
 
 void TestRandomPresses::act()
@@ -357,14 +359,19 @@ QWidget *TestRandomPresses::ready(const char *name)
 }
 
 // False when its page has gone meanwhile: the unit may still be starting anew.
-bool TestRandomPresses::tapWhenReady(const char *name)
+bool TestRandomPresses::waitUntilReady(const char *name)
 {
     QCoreApplication::processEvents();
     const auto isReadyOrGone = [this, name] {
         return ready(name) != nullptr
             || screen->findChild<QWidget *>(QLatin1String(name)) == nullptr;
     };
-    if (!QTest::qWaitFor(isReadyOrGone, kLongestUpdate) || ready(name) == nullptr)
+    return QTest::qWaitFor(isReadyOrGone, kLongestUpdate) && ready(name) != nullptr;
+}
+
+bool TestRandomPresses::tapWhenReady(const char *name)
+{
+    if (!waitUntilReady(name))
         return false;
     tap(ready(name));
     return true;
@@ -375,10 +382,13 @@ bool TestRandomPresses::update()
 {
     around->heal();
     screen->home();
-    trace().clear();
+    // An earlier update of this page ends before its button can be tapped: what it reports is not
+    // this one's.
     if (!tapWhenReady("key_gps_update") || !tapWhenReady("pushButton_2")
-        || !tapWhenReady("pushButton_3"))
+        || !waitUntilReady("pushButton_3"))
         return false;
+    trace().clear();
+    tap(ready("pushButton_3"));
     const auto isOver = [this] {
         return ready("pushButton_3") != nullptr
             || screen->findChild<QWidget *>(QStringLiteral("Gpsupdate")) == nullptr;

@@ -102,9 +102,14 @@ void RandomUnit::heal()
     bench::ReceiverSettings settings = receiver.settings();
     settings.powered = true;
     receiver.setSettings(settings);
-    receiver.clearFaults();
+    // An update that has been waiting for it gets on, or ends; also one that an XOFF has stopped,
+    // which any byte releases.
+    Fault release;
+    release.kind = Fault::Kind::FlowByte;
+    release.value = 0x11;
+    release.step = bench::ReceiverStep::Sync;
+    receiver.setFaults({release});
     attachReceiver();
-    // An update that has been waiting for it gets on, or ends.
     receiver.setReset(true);
     receiver.setReset(false);
 }
