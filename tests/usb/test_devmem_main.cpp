@@ -104,6 +104,8 @@ private slots:
     void unmapsAPageOnlyAtOffsetZero();
     void openFailurePrintsWithoutLineEnd();
     void mappingFailureLeavesTheDescriptorOpen();
+    void opensForBothWaysWithoutBlocking();
+    void descriptorZeroIsNotClosed();
 };
 
 void TestDevmemMain::readsTheWord()
@@ -213,6 +215,42 @@ void TestDevmemMain::mappingFailureLeavesTheDescriptorOpen()
              QByteArray("mmap failed\n"));
     QCOMPARE(value, 0x1234u);
     QCOMPARE(openDescriptors(), before + 1);
+}
+
+// Seen on the descriptor that a failed mapping leaves behind.
+void TestDevmemMain::opensForBothWaysWithoutBlocking()
+{
+    const WithoutMemory without;
+    QVERIFY(QFile::link(QStringLiteral("/dev/null"), kMemory));
+    unsigned int value = 0;
+    int opened = -1;
+    printedBy([&] {
+        opened = ::dup(STDOUT_FILENO); // the number that the next file gets
+        ::close(opened);
+        devmem_main(0x9C000000, 0x190, 0, &value);
+    });
+    const int flags = ::fcntl(opened, F_GETFL);
+    QVERIFY(flags != -1);
+    QCOMPARE(flags & O_ACCMODE, O_RDWR);
+    QCOMPARE(flags & O_NONBLOCK, O_NONBLOCK);
+    ::close(opened);
+}
+
+void TestDevmemMain::descriptorZeroIsNotClosed()
+{
+    setWordAt(0x9C000190, 0x00112233);
+    unsigned int value = 0;
+    bool stayedOpen = false;
+    const int input = ::dup(STDIN_FILENO);
+    printedBy([&] {
+        ::close(STDIN_FILENO);
+        devmem_main(0x9C000000, 0x190, 0, &value);
+        stayedOpen = ::fcntl(STDIN_FILENO, F_GETFL) != -1;
+        ::dup2(input, STDIN_FILENO);
+    });
+    ::close(input);
+    QCOMPARE(value, 0x00112233u);
+    QVERIFY(stayedOpen);
 }
 
 TESTMODE_TEST_MAIN(TestDevmemMain)
