@@ -10,10 +10,13 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPointer>
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QStyleOptionButton>
+#include <QTranslator>
 
 #include <memory>
 
@@ -39,6 +42,9 @@ private slots:
     void widgetsKeepTheirDistance();
     void imagesExist();
     void textsAreRedAndGreyWhenDisabled();
+    void indicatorsAreTheTouchImages_data();
+    void indicatorsAreTheTouchImages();
+    void textsCanBeTranslated();
     void speedSwitchOfThePort_data();
     void speedSwitchOfThePort();
     void fullSpeedLeavesOnlyNone();
@@ -273,6 +279,83 @@ void TestSetupUsbTest::textsAreRedAndGreyWhenDisabled()
     QVERIFY(!shows("highBtn", red));
     QVERIFY(shows("highBtn", grey));
     QVERIFY(shows("uphySwingBtn", red));
+}
+
+void TestSetupUsbTest::indicatorsAreTheTouchImages_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("image");
+    QTest::newRow("checked radio button") << "highBtn"
+                                          << ":/images/06_touch_btn_h";
+    QTest::newRow("unchecked radio button") << "fullBtn"
+                                            << ":/images/06_touch_btn1";
+    QTest::newRow("unchecked check box") << "useUphyBtn"
+                                         << ":/images/06_touch_btn1";
+    QTest::newRow("checked check box") << "useUphyBtn checked"
+                                       << ":/images/06_touch_btn_h";
+}
+
+void TestSetupUsbTest::indicatorsAreTheTouchImages()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, image);
+    const auto page = open();
+    if (name.endsWith(" checked"))
+        child<QCheckBox>(*page, "useUphyBtn")->setChecked(true);
+    auto *button = child<QAbstractButton>(*page, name.section(' ', 0, 0).toLatin1().constData());
+
+    QStyleOptionButton option;
+    option.initFrom(button);
+    option.state |= button->isChecked() ? QStyle::State_On : QStyle::State_Off;
+    const QRect place = button->style()->subElementRect(qobject_cast<QCheckBox *>(button) != nullptr
+                                                            ? QStyle::SE_CheckBoxIndicator
+                                                            : QStyle::SE_RadioButtonIndicator,
+                                                        &option, button);
+    QCOMPARE(place.size(), QSize(40, 40));
+
+    const QRect onPage(button->mapTo(page.get(), place.topLeft()), place.size());
+    const QImage shown = page->grab(onPage).toImage().convertToFormat(QImage::Format_RGB32);
+    QImage expected(40, 40, QImage::Format_RGB32);
+    expected.fill(QColor("#101418")); // behind the groups
+    QPainter(&expected).drawPixmap(QRect(0, 0, 40, 40), QPixmap(image));
+    QCOMPARE(shown, expected);
+}
+
+void TestSetupUsbTest::textsCanBeTranslated()
+{
+    struct Echo : QTranslator
+    {
+        bool isEmpty() const override { return false; }
+        QString translate(const char *context, const char *source, const char *, int) const override
+        {
+            return QString("%1|%2").arg(context, source);
+        }
+    } echo;
+    QVERIFY(QCoreApplication::installTranslator(&echo));
+    const auto page = open();
+    QStringList texts;
+    for (const auto *button : page->findChildren<QAbstractButton *>())
+        texts << button->text();
+    for (const auto *group : page->findChildren<QGroupBox *>())
+        texts << group->title();
+    texts << child<QLabel>(*page, "read_text")->text()
+          << child<QLabel>(*page, "write_text")->text();
+    texts.removeAll(QString());
+    texts.sort();
+    hardware().words[0x9C000190] = 0x60;
+    clickAt(*page, "readBtn");
+    const QString minusZero = child<QLabel>(*page, "uphyData")->text();
+    QCoreApplication::removeTranslator(&echo);
+
+    QStringList expected;
+    for (const char *text :
+         {"Device Mode", "Disconnect", "Eye Diagram", "Full Speed",   "High Speed",     "Host Mode",
+          "None",        "Port0",      "Port1",       "Port2",        "Read",           "SE0",
+          "Swing",       "Test J",     "Test K",      "Test Pattern", "UPHY Parameter", "USB Port",
+          "USB Speed",   "Use UPHY",   "Write"})
+        expected << QString("SetupUsbForm|%1").arg(text);
+    QCOMPARE(texts, expected);
+    QCOMPARE(minusZero, QString("testmode::SetupUsbTest|-0"));
 }
 
 void TestSetupUsbTest::speedSwitchOfThePort_data()
