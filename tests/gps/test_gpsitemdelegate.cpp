@@ -24,6 +24,8 @@ private slots:
     void satelliteLineIsGrayInTwoColumns();
     void textIsSplitAtTheComma_data();
     void textIsSplitAtTheComma();
+    void textNeedsRoom_data();
+    void textNeedsRoom();
     void textStateAndPen_data();
     void textStateAndPen();
     void fontComesFromTheColourGroup();
@@ -108,6 +110,28 @@ void TestGpsItemDelegate::textIsSplitAtTheComma()
     for (const Painted &painted : texts)
         found << painted.text;
     QCOMPARE(found, drawn);
+}
+
+void TestGpsItemDelegate::textNeedsRoom_data()
+{
+    QTest::addColumn<int>("height");
+    QTest::addColumn<int>("texts");
+    QTest::newRow("a pixel is left of the row") << 27 << 4;
+    QTest::newRow("nothing is left of the row") << 26 << 0;
+}
+
+void TestGpsItemDelegate::textNeedsRoom()
+{
+    QFETCH(int, height);
+    QFETCH(int, texts);
+    Row row;
+    row.item->setText("a,b");
+    row.item->setData("c,d", Qt::StatusTipRole);
+    row.option.rect.setHeight(height);
+    row.paint();
+    QCOMPARE(row.device.texts().size(), texts);
+    // Neither is a font asked for.
+    QCOMPARE(bench::journal().texts().size(), texts / 2);
 }
 
 void TestGpsItemDelegate::textStateAndPen_data()
