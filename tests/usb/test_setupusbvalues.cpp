@@ -23,6 +23,8 @@ class TestSetupUsbValues : public tests::UnitTest
 private slots:
     void normalWriteSelectsThePattern_data();
     void normalWriteSelectsThePattern();
+    void enteringUphySelectsThePattern_data();
+    void enteringUphySelectsThePattern();
     void parametersAreReadFromTheWidgets();
     void lastCheckedPatternCounts();
     void readsTheChosenValue_data();
@@ -122,6 +124,33 @@ void TestSetupUsbValues::normalWriteSelectsThePattern()
         forget();
         clickAt(*page, "writeBtn");
         QCOMPARE(calls(), QStringList{write.arg(registers[port], atFullSpeed)});
+    }
+}
+
+// As "Write" does, but for "None", at which the register is left alone.
+void TestSetupUsbValues::enteringUphySelectsThePattern_data()
+{
+    normalWriteSelectsThePattern_data();
+}
+
+void TestSetupUsbValues::enteringUphySelectsThePattern()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, atHighSpeed);
+    QFETCH(QString, atFullSpeed);
+    const QString write = R"(registers.write("0x9c004000+%1", "%2"))";
+    const char *const registers[] = {"0xa90", "0xb10", "0xb90"};
+    for (int port = 0; port < 3; ++port) {
+        for (const bool full : {false, true}) {
+            open(port);
+            child<QRadioButton>(*page, full ? "fullBtn" : "highBtn")->setChecked(true);
+            child<QRadioButton>(*page, pattern.toLatin1().constData())->setChecked(true);
+            clickAt(*page, "useUphyBtn");
+            QStringList expected{R"(registers.read("0x9c000000+0x190"))"};
+            if (pattern != "test_PacketBtn")
+                expected.prepend(write.arg(registers[port], full ? atFullSpeed : atHighSpeed));
+            QCOMPARE(calls(), expected);
+        }
     }
 }
 
