@@ -1,5 +1,7 @@
 #include "dispatcher.h"
 
+#include <exception>
+
 namespace bench {
 
 Dispatcher::Dispatcher(QObject *parent) : QObject(parent)
@@ -34,6 +36,9 @@ void Dispatcher::dispatch(const QString &method, const QJsonObject &params, Repl
         found.handler(Call{Arguments(params), responder, client});
     } catch (const CallError &error) {
         responder.fail(error);
+    } catch (const std::exception &fault) {
+        responder.fail(
+            {ErrorClass::Internal, QStringLiteral("fault of the bench: %1").arg(fault.what())});
     }
 }
 
