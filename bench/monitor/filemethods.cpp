@@ -107,7 +107,7 @@ void openMemory(QFile *file, quint32 address, QIODevice::OpenMode mode)
     if (address % kWordBytes != 0)
         throw CallError(ErrorClass::Argument,
                         QStringLiteral("address is not a multiple of %1").arg(kWordBytes));
-    open(file, mode);
+    open(file, mode | QIODevice::ExistingOnly);
     if (qint64(address) + kWordBytes > file->size())
         throw CallError(
             ErrorClass::Argument,

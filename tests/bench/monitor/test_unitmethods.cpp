@@ -48,6 +48,7 @@ private slots:
     void memoryIsWrittenAndRead();
     void memoryRefuses_data();
     void memoryRefuses();
+    void memoryThatIsNotThere();
 
     void eventsTellWhatHappens();
     void wrongArgumentsAreRefused_data();
@@ -290,6 +291,9 @@ void TestUnitMethods::filesRefuse_data()
     for (const char *method : {"unit.file.read", "unit.file.remove"})
         QTest::addRow("%s relative", method) << method << QByteArray("{'path':'ipt.log'}")
                                              << "Argument: path is ipt.log, which is not absolute";
+    QTest::newRow("write relative")
+        << "unit.file.write" << QByteArray("{'path':'ipt.log','text':'a'}")
+        << "Argument: path is ipt.log, which is not absolute";
 }
 
 void TestUnitMethods::filesRefuse()
@@ -358,6 +362,18 @@ void TestUnitMethods::memoryRefuses()
     QFETCH(QByteArray, params);
     QFETCH(QString, message);
     QCOMPARE(error(method, params), message);
+}
+
+void TestUnitMethods::memoryThatIsNotThere()
+{
+    QVERIFY(QFile::rename("/dev/mem", "/dev/mem.aside"));
+    const QString read = error("unit.memory.read", "{'address':0}");
+    const QString written = error("unit.memory.write", "{'address':0,'value':1}");
+    const bool made = QFile::remove("/dev/mem");
+    QVERIFY(QFile::rename("/dev/mem.aside", "/dev/mem"));
+    QCOMPARE(read, QString("File: cannot open /dev/mem: No such file or directory"));
+    QCOMPARE(written, QString("File: cannot open /dev/mem: No such file or directory"));
+    QVERIFY(!made);
 }
 
 void TestUnitMethods::eventsTellWhatHappens()
