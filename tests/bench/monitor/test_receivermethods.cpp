@@ -39,6 +39,7 @@ private slots:
     void documentRefusesFaults();
 
     void dialogueIsALineOfWordsAFrame();
+    void longDialogueComesInPieces();
     void flashIsReadWithItsSum();
     void flashRefuses_data();
     void flashRefuses();
@@ -304,6 +305,34 @@ void TestReceiverMethods::dialogueIsALineOfWordsAFrame()
     QCOMPARE(
         result("receiver.dialogue", QJsonDocument(QJsonObject{{"since", lines.size()}}).toJson()),
         QJsonObject({{"lines", QJsonArray()}, {"next", lines.size()}, {"more", false}}));
+}
+
+void TestReceiverMethods::longDialogueComesInPieces()
+{
+    constexpr int resets = 6000; // two lines each, of some 50 bytes
+    for (int i = 0; i < resets; ++i)
+        resetReceiver();
+    QVector<int> sizes;
+    QJsonArray lines;
+    int next = 0;
+    bool more = true;
+    while (more && sizes.size() < 5) {
+        const QJsonObject answer =
+            result("receiver.dialogue", "{'since':" + QByteArray::number(next) + "}");
+        const QJsonArray piece = answer.value("lines").toArray();
+        sizes << QJsonDocument(piece).toJson(QJsonDocument::Compact).size();
+        for (const QJsonValue &line : piece)
+            lines.append(line);
+        next = answer.value("next").toInt();
+        more = answer.value("more").toBool();
+    }
+    QCOMPARE(sizes.size(), 2);
+    QVERIFY2(sizes.at(0) > 500 * 1024 && sizes.at(0) < 1024 * 1024,
+             qPrintable(QString::number(sizes.at(0))));
+    QCOMPARE(next, 2 * resets);
+    QCOMPARE(lines.size(), 2 * resets);
+    for (int i = 0; i < lines.size(); ++i)
+        QVERIFY(lines.at(i).toString().startsWith(QString::number(i + 1) + ' '));
 }
 
 void TestReceiverMethods::flashIsReadWithItsSum()
