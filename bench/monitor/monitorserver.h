@@ -6,8 +6,6 @@
 
 namespace bench {
 
-class Connection;
-
 // Offers the calls of a dispatcher on a Unix stream socket to clients of this
 // user. Lives in the GUI thread; the dispatcher outlives it.
 class MonitorServer : public QObject
