@@ -22,7 +22,8 @@ const QVector<ErrorKind> &errorKinds()
         {ErrorClass::WrongState, "WrongState", -32007, "not now: something else must come first"},
         {ErrorClass::Timeout, "Timeout", -32008, "what was waited for did not come in time"},
         {ErrorClass::File, "File", -32009, "a file could not be read, written or removed"},
-        {ErrorClass::Unavailable, "Unavailable", -32010, "this bench was started without it"},
+        {ErrorClass::Unavailable, "Unavailable", -32010,
+         "this bench was started without it, or is closing"},
         {ErrorClass::Internal, "Internal", -32603, "a fault of the bench itself"},
     };
     return kinds;

@@ -1,6 +1,7 @@
 #include "monitorserver.h"
 
 #include "connection.h"
+#include "waiting.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -61,8 +62,11 @@ MonitorServer::MonitorServer(Dispatcher *calls, const QJsonObject &hello, QObjec
 
 MonitorServer::~MonitorServer()
 {
-    for (Connection *client : findChildren<Connection *>())
+    for (Connection *client : findChildren<Connection *>()) {
+        // A wait that ends unanswered tells its client that the bench is closing.
+        qDeleteAll(client->findChildren<Waiting *>());
         client->flush();
+    }
 }
 
 bool MonitorServer::listen(const QString &path, QString *error)
