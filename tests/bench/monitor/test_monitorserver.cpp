@@ -4,14 +4,11 @@
 #include "tests/support/unittest.h"
 
 #include "bench/monitor/monitorserver.h"
-#include "bench/monitor/uimethods.h"
 #include "bench/monitor/waiting.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QLocalServer>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QTemporaryDir>
 
 #include <sys/socket.h>
@@ -75,12 +72,13 @@ private slots:
     void halfALineIsNoCall();
     void hangUpInMidCall();
     void hangUpEndsTheClientsWaits();
+    void closingBenchHandsOutItsAnswers();
     void closingBenchAnswersWaits();
     void tenClientsAtOnce();
     void clientTooManyIsTold();
     void manyCallsAtOnceAreAllAnswered();
+    void callsBeyondThoseUnderWayStay();
     void clientThatNeverReadsIsLetGo();
-    void callWhileABoxIsOpen();
 
     void eventsAreOffUntilSubscribed();
     void subscriptionsArePerClient();
@@ -357,7 +355,7 @@ void TestMonitorServer::hangUpEndsTheClientsWaits()
     QTRY_COMPARE(server->findChildren<bench::Waiting *>().size(), 0);
 }
 
-void TestMonitorServer::closingBenchAnswersWaits()
+void TestMonitorServer::closingBenchHandsOutItsAnswers()
 {
     SocketClient client(path);
     client.next();
@@ -365,6 +363,19 @@ void TestMonitorServer::closingBenchAnswersWaits()
     QTRY_COMPARE(echoed.size(), 1);
     server.reset();
     QCOMPARE(client.next().value("result"), QJsonValue(json("{'said':'a'}")));
+    QTRY_VERIFY(client.isGone());
+}
+
+void TestMonitorServer::closingBenchAnswersWaits()
+{
+    SocketClient client(path);
+    client.next();
+    client.sendLine("{'jsonrpc':'2.0','id':7,'method':'never','params':{'timeout_ms':600000}}");
+    QTRY_COMPARE(server->findChildren<bench::Waiting *>().size(), 1);
+    server.reset();
+    QCOMPARE(client.next(),
+             json("{'jsonrpc':'2.0','id':7,'error':{'code':-32010,"
+                  "'message':'the bench is closing','data':{'class':'Unavailable'}}}"));
     QTRY_VERIFY(client.isGone());
 }
 
@@ -421,6 +432,26 @@ void TestMonitorServer::manyCallsAtOnceAreAllAnswered()
         QCOMPARE(client.next().value("id"), QJsonValue(i));
 }
 
+void TestMonitorServer::callsBeyondThoseUnderWayStay()
+{
+    std::vector<bench::Responder> held;
+    dispatcher->add(
+        {"hold", {}, "", "", [&held](const bench::Call &call) { held.push_back(call.responder); }});
+    SocketClient client(path);
+    client.next();
+    for (int i = 1; i <= 64; ++i)
+        client.sendLine("{'jsonrpc':'2.0','id':" + QByteArray::number(i) + ",'method':'hold'}");
+    client.sendLine("{'jsonrpc':'2.0','id':65,'method':'echo','params':{'text':'a'}}");
+    QTRY_COMPARE(held.size(), size_t(64));
+    QTest::qWait(50);
+    QCOMPARE(echoed, QStringList());
+
+    // One of them ends: there is room for the next.
+    held.at(39).succeed();
+    QCOMPARE(client.next(), json("{'jsonrpc':'2.0','id':40,'result':{}}"));
+    QCOMPARE(client.next(), json("{'jsonrpc':'2.0','id':65,'result':{'said':'a'}}"));
+}
+
 void TestMonitorServer::clientThatNeverReadsIsLetGo()
 {
     SocketClient idle(path);
@@ -434,50 +465,6 @@ void TestMonitorServer::clientThatNeverReadsIsLetGo()
     for (int i = 0; i < 50; ++i)
         emit dispatcher->eventHappened("news", news);
     QTRY_COMPARE(server->findChildren<bench::Client *>().size(), 0);
-}
-
-void TestMonitorServer::callWhileABoxIsOpen()
-{
-    QWidget screen;
-    screen.setFixedSize(400, 300);
-    auto *key = new QPushButton(&screen);
-    key->setObjectName("key");
-    key->setGeometry(20, 20, 120, 40);
-    bool answered = false;
-    connect(key, &QPushButton::clicked, key, [&] {
-        QMessageBox::information(&screen, "Result", "All done");
-        answered = true;
-    });
-    bench::UiMethods::addTo(dispatcher.get(), &screen, [] { return QImage(); });
-    screen.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&screen));
-
-    // The test's own event loop stands still while the box runs its: the client is a thread.
-    QVector<QJsonObject> answers;
-    const std::unique_ptr<QThread> thread(QThread::create([&] {
-        QLocalSocket socket;
-        socket.connectToServer(path);
-        for (const char *call : {"", "'ui.click','params':{'object':'key'}", "'ui.boxes'",
-                                 "'echo','params':{'text':'still here'}",
-                                 "'ui.answer','params':{'button':'OK'}", "'ui.boxes'"}) {
-            if (*call != '\0')
-                socket.write("{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":"
-                             + QByteArray(call).replace('\'', '"') + "}\n");
-            while (!socket.canReadLine() && socket.waitForReadyRead(5000)) { }
-            answers << QJsonDocument::fromJson(socket.readLine()).object();
-        }
-    }));
-    thread->start();
-    QTRY_VERIFY(thread->isFinished());
-    thread->wait();
-
-    QVERIFY(answered);
-    QCOMPARE(answers.at(1).value("result"), QJsonValue(json("{'delivered_to':'key'}")));
-    const QJsonArray open = answers.at(2).value("result").toObject().value("boxes").toArray();
-    QCOMPARE(open.at(0).toObject().value("text"), QJsonValue("All done"));
-    QCOMPARE(answers.at(3).value("result"), QJsonValue(json("{'said':'still here'}")));
-    QVERIFY(answers.at(4).contains("result"));
-    QCOMPARE(answers.at(5).value("result"), QJsonValue(json("{'boxes':[]}")));
 }
 
 void TestMonitorServer::eventsAreOffUntilSubscribed()
