@@ -34,6 +34,11 @@ QString compact(const QJsonValue &value)
     return QString::fromUtf8(json.mid(1, json.size() - 2));
 }
 
+double secondsOf(const QElapsedTimer &clock)
+{
+    return static_cast<double>(clock.elapsed()) / 1000.0;
+}
+
 // "McuService.setResetSystem(1)", "shell: sync".
 QString journalLine(const QJsonObject &entry)
 {
@@ -78,7 +83,7 @@ void Tour::run()
     print(QStringLiteral("%1 steps, %2 failed, %3 s; pictures in %4")
               .arg(steps)
               .arg(failedSteps)
-              .arg(clock.elapsed() / 1000.0, 0, 'f', 1)
+              .arg(secondsOf(clock), 0, 'f', 1)
               .arg(pictures));
 }
 
@@ -98,7 +103,7 @@ void Tour::step(const QString &done, const std::function<QString()> &act)
     }
     print(QStringLiteral("%1 %2 s  %3: %4")
               .arg(ok ? QStringLiteral("ok    ") : QStringLiteral("FAILED"))
-              .arg(time.elapsed() / 1000.0, 6, 'f', 2)
+              .arg(secondsOf(time), 6, 'f', 2)
               .arg(done, seen));
 }
 
