@@ -1,11 +1,10 @@
 #include "receiverpaths.h"
 
 #include "bench/receiver/receiver.h"
-#include "bench/unit/unitdocument.h"
+#include "bench/unit/valueentries.h"
 
 #include <QJsonArray>
 
-#include <cmath>
 #include <limits>
 #include <memory>
 
@@ -13,21 +12,12 @@ namespace bench {
 
 namespace {
 
-using Entry = UnitDocument::Entry;
+using entries::Entry;
+using entries::isWhole;
+using entries::wanted;
 
 constexpr double kLargestWord = std::numeric_limits<quint16>::max();
 constexpr double kLargestInteger = std::numeric_limits<int>::max();
-
-bool isWhole(const QJsonValue &value, double maximum)
-{
-    const double number = value.toDouble(-1);
-    return number >= 0 && number <= maximum && std::trunc(number) == number;
-}
-
-QString wanted(const QString &type)
-{
-    return QStringLiteral(": wanted is ") + type;
-}
 
 template <typename Change>
 void changeSettings(Receiver *receiver, Change change)
@@ -61,17 +51,18 @@ Entry integer(const char *path, Receiver *receiver, Number ReceiverSettings::*fi
     const QString type = maximum < kLargestInteger
         ? QStringLiteral("a whole number from 0 to %1").arg(maximum)
         : QStringLiteral("a whole number from 0");
-    return {
-        path,
-        type,
-        description,
-        [=] { return int(receiver->settings().*field); },
-        [=](const QJsonValue &given) { return isWhole(given, maximum) ? QString() : wanted(type); },
-        [=](const QJsonValue &given) {
-            changeSettings(receiver, [&](ReceiverSettings *settings) {
-                settings->*field = static_cast<Number>(given.toInt());
-            });
-        }};
+    return {path,
+            type,
+            description,
+            [=] { return int(receiver->settings().*field); },
+            [=](const QJsonValue &given) {
+                return isWhole(given, 0, maximum) ? QString() : wanted(type);
+            },
+            [=](const QJsonValue &given) {
+                changeSettings(receiver, [&](ReceiverSettings *settings) {
+                    settings->*field = static_cast<Number>(given.toInt());
+                });
+            }};
 }
 
 QString checkFlashId(const QJsonValue &given)
@@ -79,7 +70,7 @@ QString checkFlashId(const QJsonValue &given)
     const QJsonArray words = given.toArray();
     bool fits = given.isArray() && words.size() == 3;
     for (const QJsonValue &word : words)
-        fits = fits && isWhole(word, kLargestWord);
+        fits = fits && isWhole(word, 0, kLargestWord);
     return fits ? QString() : wanted(QStringLiteral("a list of three words of 16 bits"));
 }
 
@@ -137,8 +128,8 @@ Entry seedEntry(const std::shared_ptr<FaultPlan> &plan)
             QStringLiteral("of the faults' chances; the same seed brings the same faults"),
             [plan] { return double(plan->seed); },
             [type](const QJsonValue &given) {
-                return isWhole(given, std::numeric_limits<quint32>::max()) ? QString()
-                                                                           : wanted(type);
+                return isWhole(given, 0, std::numeric_limits<quint32>::max()) ? QString()
+                                                                              : wanted(type);
             },
             [plan](const QJsonValue &given) {
                 plan->seed = static_cast<quint32>(given.toDouble());
