@@ -195,8 +195,7 @@ void TestUpdateFaults::updateFails_data()
         kFirstTwo);
     row("byte too late on the way back",
         R"({"kind":"late","step":"packet","image":2,"index":1,"value":1000,"direction":"to-host"})",
-        "packet 34 (image 2, packet 1): byte 1 to the host, 0x69 1000 ms late", kPacket,
-        kFirstTwo);
+        "packet 34 (image 2, packet 1): byte 1 to the host, 0x69 1000 ms late", kPacket, kFirstTwo);
     row("bytes swapped on the way back",
         R"({"kind":"swap","step":"load-stage-1","index":19,"direction":"to-host"})",
         "load-stage-1 1: byte 19 to the host, 0x12 came after 0x36",
@@ -315,8 +314,8 @@ void TestUpdateFaults::refusalThatPassesIsNotSeen()
     updateWithoutFault(unit);
 }
 
-// Software flow control has no time-out: where nothing more is said that would release the host, the
-// update waits, and the page shows that it runs.
+// Software flow control has no time-out: where nothing more is said that would release the host,
+// the update waits, and the page shows that it runs.
 void TestUpdateFaults::hostThatIsStoppedForGoodWaitsUntilItIsReleased()
 {
     UpdateUnit unit;
