@@ -40,7 +40,8 @@ const Option kOptions[] = {
      "the receiver answers at once instead of at the line's rate"},
     {"trace", nullptr, nullptr, [](CommandLine *o) { return &o->trace; },
      "show the plug-in's trace on standard error"},
-    {"help", nullptr, nullptr, [](CommandLine *o) { return &o->help; }, "show this and end"},
+    {"help", nullptr, nullptr, [](CommandLine *o) { return &o->help; },
+     "show this and end; also -h"},
     {"version", nullptr, nullptr, [](CommandLine *o) { return &o->version; },
      "show the version and end"},
 };
@@ -65,7 +66,7 @@ bool parseCommandLine(int argc, char **argv, CommandLine *options, std::string *
     ::opterr = 0;
     ::optind = 0; // starts anew: the function may be called again
     int index = 0;
-    for (int found = 0; (found = ::getopt_long(argc, argv, ":", table.data(), &index)) != -1;) {
+    for (int found = 0; (found = ::getopt_long(argc, argv, ":h", table.data(), &index)) != -1;) {
         if (found == ':') {
             *error = std::string(argv[optind - 1]) + " needs a value" + kSeeHelp;
             return false;
@@ -73,6 +74,10 @@ bool parseCommandLine(int argc, char **argv, CommandLine *options, std::string *
         if (found == '?') {
             *error = std::string(argv[optind - 1]) + " is no option" + kSeeHelp;
             return false;
+        }
+        if (found == 'h') { // what many type first
+            options->help = true;
+            continue;
         }
         const Option &entry = kOptions[index];
         if (entry.value == nullptr) {

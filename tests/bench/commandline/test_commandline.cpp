@@ -127,6 +127,7 @@ private slots:
     void init();
 
     void helpNamesEveryOption();
+    void shortHelpIsTheSame();
     void documentShowsTheHelpAsItIs();
     void versionIsOneLine();
     void badInputIsOneLineAndAStatus_data();
@@ -218,6 +219,13 @@ void TestCommandLine::helpNamesEveryOption()
           "--uart DEVICE", "--unit FILE", "--plugin FILE", "--pictures DIR", "--full-speed",
           "--trace", "--help", "--version", "Examples:", "Exit status:"})
         QVERIFY2(outcome.output.contains(word), word);
+}
+
+void TestCommandLine::shortHelpIsTheSame()
+{
+    const Outcome outcome = run({"-h"});
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.output, run({"--help"}).output);
 }
 
 void TestCommandLine::documentShowsTheHelpAsItIs()
