@@ -1,6 +1,7 @@
 #include "link.h"
 
 #include "gnss_download/serial_thread.h"
+#include "tests/support/connectionlog.h"
 #include "tests/support/unittest.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,9 @@
 #include <QSignalSpy>
 
 #include <atomic>
+#include <functional>
+#include <utility>
+#include <vector>
 
 using tests::Dialogue;
 using tests::Link;
@@ -28,9 +32,13 @@ private slots:
     void transportLivesInAThreadOfItsOwn();
     void transportAnswersTwelveSignals_data();
     void transportAnswersTwelveSignals();
+    void connectionsAreMadeInOrder();
+    void eachSignalHasItsSlot();
     void callsReturnWhenTheTransportHasDoneThem();
+    void everyCallWaitsForTheTransport();
     void signalsWithoutReceiverReturnAtOnce();
     void runTracesItsThread();
+    void resultIsReportedWhenThePortIsClosed();
 
     void failedOpenIsReportedByTheTransport();
     void neverStartedWorkerIsDeleted();
@@ -182,6 +190,44 @@ void TestUgradeThread::transportAnswersTwelveSignals()
     QCOMPARE(worker.receiversOf(signature), receivers);
 }
 
+void TestUgradeThread::connectionsAreMadeInOrder()
+{
+    const tests::ConnectionLog connections;
+    const ugrade_thread worker("/dev/ttyS4");
+    QCOMPARE(connections.signalsOf(&worker),
+             QStringList(
+                 {"hdl_uart_init(uint8_t*,uint8_t,uint8_t*)", "hdl_uart_deinit(uint8_t*,uint8_t)",
+                  "hdl_uart_get_byte(uint8_t*,uint32_t)", "hdl_uart_get_data16(uint16_t*,uint32_t)",
+                  "hdl_uart_get_data32(uint32_t*,uint32_t)",
+                  "hdl_uart_get_byte_buffer(uint8_t*,uint32_t,uint32_t)",
+                  "hdl_uart_put_byte(uint8_t)", "hdl_uart_put_data16(uint16_t)",
+                  "hdl_uart_put_data32(uint32_t)", "hdl_uart_put_byte_buffer(uint8_t*,uint32_t)",
+                  "hdl_uart_set_baudrate(hal_uart_baudrate_t)",
+                  "hdl_uart_get_bytes(uint8_t*,uint32_t)"}));
+}
+
+void TestUgradeThread::eachSignalHasItsSlot()
+{
+    ugrade_thread worker("/dev/ttyS4");
+    // Only a connection that is there can be cut.
+    const auto cut = [&worker](auto signal, auto slot) {
+        return QObject::disconnect(&worker, signal, worker.transport(), slot);
+    };
+    QVERIFY(cut(&ugrade_thread::hdl_uart_init, &serial_thread::serial_init));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_deinit, &serial_thread::serial_deinit));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_get_byte, &serial_thread::serial_getbyte));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_get_data16, &serial_thread::serial_get_data16));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_get_data32, &serial_thread::serial_get_data32));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_get_byte_buffer, &serial_thread::serial_get_byte_buff));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_put_byte, &serial_thread::serial_putbyte));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_put_data16, &serial_thread::serial_put_data16));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_put_data32, &serial_thread::serial_put_data32));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_put_byte_buffer, &serial_thread::serial_put_byte_buff));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_set_baudrate, &serial_thread::serial_set_baudrate));
+    QVERIFY(cut(&ugrade_thread::hdl_uart_get_bytes, &serial_thread::serial_get_bytes));
+    QVERIFY(!cut(&ugrade_thread::hdl_uart_init, &serial_thread::serial_init));
+}
+
 void TestUgradeThread::callsReturnWhenTheTransportHasDoneThem()
 {
     ugrade_thread worker(kNoPort);
@@ -199,6 +245,42 @@ void TestUgradeThread::callsReturnWhenTheTransportHasDoneThem()
     QCOMPARE(byte, uint8_t(0x42));
 }
 
+void TestUgradeThread::everyCallWaitsForTheTransport()
+{
+    ugrade_thread worker(kNoPort);
+    uint8_t byte = 0;
+    uint16_t half = 0;
+    uint32_t word = 0;
+    const std::vector<std::pair<const char *, std::function<void()>>> calls = {
+        {"init", [&] { emit worker.hdl_uart_init(nullptr, 0, &byte); }},
+        {"deinit", [&] { emit worker.hdl_uart_deinit(nullptr, 0); }},
+        {"get_byte", [&] { emit worker.hdl_uart_get_byte(&byte, 1); }},
+        {"get_byte_buffer", [&] { emit worker.hdl_uart_get_byte_buffer(&byte, 1, 1); }},
+        {"put_byte", [&] { emit worker.hdl_uart_put_byte(0x42); }},
+        {"put_byte_buffer", [&] { emit worker.hdl_uart_put_byte_buffer(&byte, 1); }},
+        {"get_data16", [&] { emit worker.hdl_uart_get_data16(&half, 1); }},
+        {"put_data16", [&] { emit worker.hdl_uart_put_data16(0x4243); }},
+        {"get_data32", [&] { emit worker.hdl_uart_get_data32(&word, 1); }},
+        {"put_data32", [&] { emit worker.hdl_uart_put_data32(0x42434445); }},
+        {"set_baudrate",
+         [&] { emit worker.hdl_uart_set_baudrate(static_cast<hal_uart_baudrate_t>(115200)); }},
+        {"get_bytes", [&] { emit worker.hdl_uart_get_bytes(&byte, 0); }},
+    };
+    for (const auto &[name, call] : calls) {
+        // The transport is busy for a while first.
+        bool rested = false;
+        QMetaObject::invokeMethod(
+            worker.transport(),
+            [&rested] {
+                QThread::msleep(50);
+                rested = true;
+            },
+            Qt::QueuedConnection);
+        call();
+        QVERIFY2(rested, name);
+    }
+}
+
 void TestUgradeThread::signalsWithoutReceiverReturnAtOnce()
 {
     ugrade_thread worker("/dev/ttyS4");
@@ -212,9 +294,30 @@ void TestUgradeThread::runTracesItsThread()
 {
     Link link;
     link.chip.opens = false;
+    Qt::HANDLE thread = nullptr;
+    connect(
+        &link.worker, &ugrade_thread::hdl_uart_init, this,
+        [&thread] { thread = QThread::currentThreadId(); }, Qt::DirectConnection);
+    trace().clear();
     link.worker.start();
     QVERIFY(link.worker.wait(10000));
-    QCOMPARE(trace().payloads().filter(QRegularExpression("^\"?ugrade_thread:\"? 0x")).size(), 1);
+    QVERIFY(thread != QThread::currentThreadId());
+    QCOMPARE(trace().payloads().value(0),
+             QString("ugrade_thread: 0x%1").arg(reinterpret_cast<quintptr>(thread), 0, 16));
+}
+
+void TestUgradeThread::resultIsReportedWhenThePortIsClosed()
+{
+    Link link;
+    link.chip.opens = false;
+    QStringList before;
+    connect(
+        &link.worker, &ugrade_thread::signals_success, this,
+        [&] { before = link.chip.lineEvents(); }, Qt::DirectConnection);
+    link.worker.start();
+    QVERIFY(link.worker.wait(10000));
+    QCOMPARE(before, QStringList({"open", "close"}));
+    QCOMPARE(link.chip.sent(), tests::bytesOf("A5 D9 00"));
 }
 
 void TestUgradeThread::failedOpenIsReportedByTheTransport()
