@@ -31,6 +31,7 @@ private slots:
     void isDeafWhileHeldInReset();
     void followsTheUnitsResetLineFromAnotherThread();
     void isSilentAndOnTheLineWhileOff();
+    void bytesBeforeTheSupplyWentMeetNobody();
     void aHostMayCloseAndOpenAgain();
     void opensOnceAndForgetsNothing();
     void fiftyLinesLeaveNothingBehind();
@@ -245,6 +246,37 @@ void TestReceiverLine::isSilentAndOnTheLineWhileOff()
     tests::pulse(rig.receiver);
     QVERIFY(rig.host->synchronise());
     QCOMPARE(rig.anomalies(), QStringList());
+}
+
+void TestReceiverLine::bytesBeforeTheSupplyWentMeetNobody()
+{
+    Rig rig;
+    bench::Fault late;
+    late.kind = bench::Fault::Kind::Late;
+    late.direction = bench::Fault::Direction::ToHost;
+    late.step = bench::ReceiverStep::Sync;
+    late.value = 60000; // until then it does not read the line
+    rig.receiver.setFaults({late});
+    rig.host->putHex("a0");
+    QTRY_COMPARE(rig.receiver.faultReports().first().done, 1);
+    rig.host->putHex("a0 0a");
+    QTest::qWait(100); // they lie on the line
+    rig.set([](auto &settings) { settings.powered = false; });
+    QCOMPARE(rig.phase(), QStringLiteral("off"));
+
+    // What comes later is the first that the receiver does not hear.
+    rig.host->putHex("77");
+    const auto notHeard = [&rig] {
+        QByteArray bytes;
+        const auto lines = rig.receiver.dialogue();
+        for (const bench::DialogueLine &line : lines) {
+            if (line.meaning.startsWith(QStringLiteral("not heard")))
+                bytes += line.bytes;
+        }
+        return bytes;
+    };
+    QTRY_VERIFY(!notHeard().isEmpty());
+    QCOMPARE(notHeard(), QByteArray("\x77"));
 }
 
 void TestReceiverLine::aHostMayCloseAndOpenAgain()
