@@ -62,6 +62,7 @@ private slots:
     void kindDecidesTheWay();
     void packageIsStagedAndTheUnitReset_data();
     void packageIsStagedAndTheUnitReset();
+    void watchdogIsOffBeforeTheMarkerIsWritten();
     void markerIsThereBeforeTheCopy();
     void longerMarkerIsReplacedWhole();
     void withoutDiskOnlyTheMarkerIsWritten();
@@ -161,6 +162,25 @@ void TestStagedUpdate::packageIsStagedAndTheUnitReset()
     QCOMPARE(readFile(kMarker), QByteArray("true"));
     QCOMPARE(readFile(kStaged), staged);
     QCOMPARE(bench::unit().system.systemResets, 1);
+}
+
+void TestStagedUpdate::watchdogIsOffBeforeTheMarkerIsWritten()
+{
+    bench::unit().gnss.moduleKind = 0;
+    MainWidget host(nullptr);
+    trace().clear();
+    QByteArray marker;
+    QStringList traced;
+    const auto watch = connect(&journal(), &bench::Journal::added, this, [&](int number) {
+        if (journal().texts(number - 1).first() != "McuService.setWatchDogEnable(false)")
+            return;
+        marker = readFile(kMarker);
+        traced = trace().payloads();
+    });
+    host.onShowGpsUpdateWidget();
+    disconnect(watch);
+    QCOMPARE(marker, QByteArray("<not there>"));
+    QCOMPARE(traced, QStringList{"========enter RX452 update============"});
 }
 
 void TestStagedUpdate::markerIsThereBeforeTheCopy()
