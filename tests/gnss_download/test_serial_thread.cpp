@@ -165,6 +165,7 @@ private slots:
     void fortyPendingBytesLeaveTheFirstFour();
 
     void drainingEmptiesTheInputAndLeavesTheBuffer();
+    void drainingStopsAtTheFirstInput();
     void drainingGivesUpAfterThirtyPolls();
     void drainingShowsNoMoreThanAPacket();
     void accumulatorKeepsAllThatCame();
@@ -173,6 +174,7 @@ private slots:
 
     void endianReversesInPlace_data();
     void endianReversesInPlace();
+    void timerRunsInTheTransportsThread();
     void timerRunsAtItsInterval();
     void delayRunsAnEventLoop();
     void delayWithinADelayAnnouncesTheEnd();
@@ -516,6 +518,21 @@ void TestSerialThread::drainingEmptiesTheInputAndLeavesTheBuffer()
     QCOMPARE(next, uint8_t(0));
 }
 
+void TestSerialThread::drainingStopsAtTheFirstInput()
+{
+    OpenTransport open;
+    uint8_t buffer[1] = {};
+    qint64 shortest = 1000;
+    for (int i = 0; i < 20; ++i) {
+        open.line.send("42");
+        QElapsedTimer clock;
+        clock.start();
+        open.transport.serial_get_bytes(buffer, 3000);
+        shortest = qMin(shortest, clock.elapsed());
+    }
+    QVERIFY2(shortest < 20, qPrintable(QString::number(shortest))); // thirty polls last longer
+}
+
 void TestSerialThread::drainingGivesUpAfterThirtyPolls()
 {
     OpenTransport open;
@@ -540,8 +557,10 @@ void TestSerialThread::drainingShowsNoMoreThanAPacket()
     QTRY_COMPARE(open.line.untaken(), 0);
     uint8_t buffer[6000] = {};
     open.transport.serial_get_bytes(buffer, 0);
-    const QByteArray copied = shown.first().first().toByteArray();
-    QVERIFY2(copied.size() <= 4096, qPrintable(QString::number(copied.size())));
+    QCOMPARE(shown.first().first().toByteArray().size(), 4096);
+    uint8_t next = 0x42;
+    open.transport.serial_getbyte(&next, 20);
+    QCOMPARE(next, uint8_t(0x42)); // all of it is gone
 }
 
 void TestSerialThread::accumulatorKeepsAllThatCame()
@@ -606,9 +625,9 @@ void TestSerialThread::endianReversesInPlace()
     QCOMPARE(before, after);
 }
 
-void TestSerialThread::timerRunsAtItsInterval()
+void TestSerialThread::timerRunsInTheTransportsThread()
 {
-    // The timer is its own and nothing shows it; it wakes the event loop.
+    // Started or stopped from another thread it would warn.
     QThread thread;
     auto *transport = new serial_thread("/dev/ttyS4");
     transport->moveTo(&thread);
@@ -622,6 +641,42 @@ void TestSerialThread::timerRunsAtItsInterval()
     thread.quit();
     QVERIFY(thread.wait(5000));
     delete transport;
+}
+
+namespace {
+
+// Intervals of the timers that have run out in this thread.
+class TimerWatch : public QObject
+{
+public:
+    TimerWatch() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject *receiver, QEvent *event) override
+    {
+        const auto *timer = qobject_cast<QTimer *>(receiver);
+        if (event->type() == QEvent::Timer && timer != nullptr)
+            intervals << timer->interval();
+        return false;
+    }
+
+    QList<int> intervals;
+};
+
+} // namespace
+
+void TestSerialThread::timerRunsAtItsInterval()
+{
+    serial_thread transport("/dev/ttyS4");
+    TimerWatch watch;
+    transport.DefaultTimeUpdate();
+    QTRY_VERIFY(watch.intervals.count(30) >= 2);
+    transport.TimeUpdate(7);
+    watch.intervals.clear();
+    QTRY_VERIFY(watch.intervals.count(7) >= 2);
+    QVERIFY(!watch.intervals.contains(30)); // one timer
+    transport.TimeStop();
+    watch.intervals.clear();
+    transport.Delay_Ms(100);
+    QVERIFY(!watch.intervals.contains(7));
 }
 
 void TestSerialThread::delayRunsAnEventLoop()

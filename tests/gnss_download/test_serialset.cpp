@@ -7,6 +7,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalSpy>
 
 // The serial settings dialog.
 class TestSerialSet : public tests::UnitTest
@@ -164,18 +165,21 @@ void TestSerialSet::okStoresTheChoices()
     QCOMPARE(com_set.parity, QString("Space"));
     QCOMPARE(com_set.flowControl, QString("Hardware"));
     QVERIFY(dialog.isHidden());
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QCOMPARE(trace().payloads(), QStringList({"\"460800\""}));
 }
 
 void TestSerialSet::cancelStoresNothing()
 {
     SerialSet dialog(nullptr);
+    const QSignalSpy rejected(&dialog, &QDialog::rejected);
     dialog.show();
     box(dialog, "comboBaudRate")->setCurrentText("460800");
     press(dialog, QDialogButtonBox::Cancel);
     QCOMPARE(com_set.baudRate, 921600);
     QCOMPARE(br, QString("921600"));
     QVERIFY(dialog.isHidden());
+    QCOMPARE(rejected.size(), 1);
     QVERIFY(trace().lines().isEmpty());
 }
 
