@@ -134,7 +134,7 @@ void TestBootromProtocol::wrongAnswerIsRetriedAfterTwoSeconds()
     QElapsedTimer clock;
     clock.start();
     QVERIFY(link.worker.hdl_brom_start());
-    QVERIFY(clock.elapsed() >= 1995);
+    QVERIFY(clock.elapsed() >= 1995 && clock.elapsed() < 4000);
     QCOMPARE(link.chip.verdict(), QString());
     logged << "hdl_brom_start 0xA0<->0x5F"
            << "hdl_brom_start 0x0A<->0xF5"
@@ -150,9 +150,16 @@ void TestBootromProtocol::fourWrongAnswersEndTheSync()
     for (int i = 0; i < 4; ++i)
         attempts.add(synchronisation({"5F", "00"}));
     Link link(attempts);
+    QList<int> flags; // of the alternative sender, at each first byte
+    g_brom_task_stop = 1;
+    connect(&link.worker, &ugrade_thread::hdl_uart_put_byte, this, [&flags](uint8_t byte) {
+        if (byte == 0xA0)
+            flags << g_brom_task_stop.load();
+    });
     QElapsedTimer clock;
     clock.start();
     QVERIFY(!link.worker.hdl_brom_start());
+    QCOMPARE(flags, QList<int>({0, 0, 0, 0}));
     QVERIFY(clock.elapsed() >= 4 * 1995);
     QCOMPARE(link.chip.verdict(), QString());
     QCOMPARE(trace().lines().filter("hdl_brom_start 0x0A ->(error) 0x00, retry").size(), 4);
@@ -557,6 +564,7 @@ void TestBootromProtocol::simpleChecksum_data()
     QTest::newRow("one byte") << "80" << 0x80u;
     QTest::newRow("three bytes") << "01 02 03" << 6u;
     QTest::newRow("a packet of 0xFF") << "FF*4096" << 0x000FF000u;
+    QTest::newRow("beyond 32 bits") << "FF*16843010" << 0xFEu;
 }
 
 void TestBootromProtocol::simpleChecksum()
