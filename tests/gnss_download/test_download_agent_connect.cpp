@@ -4,6 +4,8 @@
 
 #include <QSignalSpy>
 
+#include <cstddef>
+
 using tests::Dialogue;
 using tests::Link;
 
@@ -48,6 +50,8 @@ class TestDownloadAgentConnect : public tests::UnitTest
     Q_OBJECT
 
 private slots:
+    void recordsHoldTheirFieldsInOrder();
+
     void connectNeedsBothRecords();
     void connectGivesUpWhenThePortDoesNotOpen();
     void connectFillsTheReport();
@@ -76,7 +80,42 @@ private slots:
 
     void disconnect_data();
     void disconnect();
+    void watchdogArgumentIsAWord();
 };
+
+void TestDownloadAgentConnect::recordsHoldTheirFieldsInOrder()
+{
+    const hdl_da_info_t info = {1, 2, 3};
+    QCOMPARE(info.aux_addr, uint32_t(1));
+    QCOMPARE(info.da_addr, uint32_t(2));
+    QCOMPARE(info.da_len, uint32_t(3));
+    static_assert(sizeof(hdl_da_info_t) == 12);
+
+    const hdl_da_report_t report = {1, 2, {3, 4, 5}, 6, 7};
+    QCOMPARE(report.hw_code, uint16_t(1));
+    QCOMPARE(report.hw_subcode, uint16_t(2));
+    QCOMPARE(report.flash_id[0], uint16_t(3));
+    QCOMPARE(report.flash_id[2], uint16_t(5));
+    QCOMPARE(report.flash_base_addr, uint32_t(6));
+    QCOMPARE(report.flash_size, uint32_t(7));
+    static_assert(offsetof(hdl_da_report_t, flash_base_addr) == 12);
+    static_assert(sizeof(hdl_da_report_t) == 20);
+
+    _hdl_image_t last = {};
+    const _hdl_image_t image = {1, 2, 3, "name", 4, 5, &last};
+    QCOMPARE(image.image_region, uint32_t(1));
+    QCOMPARE(image.flash_addr, uint32_t(2));
+    QCOMPARE(image.length, uint32_t(3));
+    QCOMPARE(image.name, "name");
+    QCOMPARE(image.file_index, uint8_t(4));
+    QCOMPARE(image.boot_flag, uint8_t(5));
+    QCOMPARE(image.next, &last);
+
+    static_assert(HDL_DISCONNECT_FINISH == 0);
+    static_assert(HDL_DISCONNECT_FINISH_WITH_OPTION == 1);
+    static_assert(HDL_DISCONNECT_WATCHDOG == 2);
+    static_assert(sizeof(hal_uart_baudrate_t) == 4);
+}
 
 void TestDownloadAgentConnect::connectNeedsBothRecords()
 {
@@ -181,7 +220,15 @@ void TestDownloadAgentConnect::resetLineIsPulsedAfterThePortIsOpen()
     QElapsedTimer pulse;
     qint64 held = 0;
     connect(&link.worker, &ugrade_thread::hdl_uart_init, this, [&] { order << "open"; });
+    connect(&link.worker, &ugrade_thread::hdl_uart_put_byte, this, [&](uint8_t byte) {
+        if (byte == 0xA0)
+            order << "sync";
+    });
     QObject scope; // ends the connection with this case
+    connect(&trace(), &bench::TraceLog::added, &scope, [&](const QString &line) {
+        if (line.endsWith("fffffffffff11111111111111"))
+            order << "trace";
+    });
     connect(&bench::unit(), &bench::HeadUnit::gnssResetChanged, &scope, [&](bool asserted) {
         order << (asserted ? "reset" : "release");
         if (asserted)
@@ -191,7 +238,7 @@ void TestDownloadAgentConnect::resetLineIsPulsedAfterThePortIsOpen()
     });
     hdl_da_report_t report = {};
     connectTo(&link, &report);
-    QCOMPARE(order, QStringList({"open", "reset", "release"}));
+    QCOMPARE(order, QStringList({"open", "trace", "reset", "release", "trace", "sync"}));
     QVERIFY(held >= 100);
     QCOMPARE(bench::journal().texts(),
              QStringList({"PlatformService.setGPSResetGPIO(true)",
@@ -204,10 +251,14 @@ void TestDownloadAgentConnect::resetIsReportedOnlyAfterASync()
 {
     Link link(goodDialogue().before("identify"));
     QSignalSpy reported(&link.worker, &ugrade_thread::signals_reset_success);
+    QByteArray sentBefore;
+    connect(&link.worker, &ugrade_thread::signals_reset_success, this,
+            [&] { sentBefore = link.chip.sent(); });
     hdl_da_report_t report = {};
     connectTo(&link, &report);
     QCOMPARE(reported.size(), 1);
     QCOMPARE(reported.first(), QVariantList({"/dev/ttyS4"}));
+    QCOMPARE(sentBefore, tests::bytesOf("A0 0A 50 05")); // no register yet
 }
 
 void TestDownloadAgentConnect::refusedStepEndsTheConnection_data()
@@ -268,6 +319,10 @@ void TestDownloadAgentConnect::refusedStepEndsTheConnection()
     QCOMPARE(link.chip.verdict(), QString());
     QVERIFY(link.chip.unansweredPolls().isEmpty());
     QCOMPARE(tests::logTexts(trace().lines()).last(), logged);
+    // The codes are stored once the chip has been identified.
+    const bool identified = step != "identify status";
+    QCOMPARE(report.hw_code, uint16_t(identified ? 0x1234 : 0));
+    QCOMPARE(report.hw_subcode, uint16_t(identified ? 0x5678 : 0));
 }
 
 void TestDownloadAgentConnect::failedSyncGoesOnToTheNextStatus()
@@ -511,6 +566,13 @@ void TestDownloadAgentConnect::disconnect()
     QCOMPARE(link.chip.verdict(), QString());
     QCOMPARE(tests::logTexts(trace().lines()),
              QStringList({QString("hdl_disconnect disconnect_type=%1").arg(type)}));
+}
+
+void TestDownloadAgentConnect::watchdogArgumentIsAWord()
+{
+    Link link(Dialogue().host("DB 12 34").chip("5A"));
+    QVERIFY(link.worker.hdl_da_enable_wdt(0x1234));
+    QCOMPARE(link.chip.verdict(), QString());
 }
 
 TESTMODE_TEST_MAIN(TestDownloadAgentConnect)

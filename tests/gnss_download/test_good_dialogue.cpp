@@ -20,6 +20,7 @@ private slots:
     void failureInTheSecondImageLeavesTheOthers();
     void failedEndDoesNotSpoilTheUpdate();
     void refusedConnectionIsLoggedAndEnded();
+    void refusedGreetingGoesOnToTheDownload();
     void twoWorkersInARow();
     void answersHoldNoFlowControlBytes();
 };
@@ -125,6 +126,34 @@ void TestGoodDialogue::refusedConnectionIsLoggedAndEnded()
     const QStringList texts = tests::logTexts(trace().lines());
     QCOMPARE(texts.mid(texts.size() - 2),
              QStringList({"hdl_connect fail", "hdl_disconnect disconnect_type=0"}));
+}
+
+void TestGoodDialogue::refusedGreetingGoesOnToTheDownload()
+{
+    // The result of the load before it is what the connection returns.
+    Link link(goodDialogue()
+                  .before("greeting 1 status")
+                  .chip("10 00")
+                  .host("5A")
+                  .line("drain")
+                  .host("B2")
+                  .host("08 03 00 00")
+                  .host("00 00 10 00")
+                  .host("00 00 10 00")
+                  .chip("A5 00 00 0B B8")
+                  .host("A5")
+                  .chip("5A")
+                  .host("D9 00")
+                  .chip("5A")
+                  .line("close"));
+    QCOMPARE(update(&link), QVariantList({"/dev/ttyS4", false}));
+    QCOMPARE(link.chip.verdict(), QString());
+    const QStringList texts = tests::logTexts(trace().lines());
+    QCOMPARE(texts.mid(texts.indexOf("hdl_brom_read16 fail")),
+             QStringList({"hdl_brom_read16 fail", "hdl_connect success",
+                          "Start Download Image (bootloader.bin)",
+                          "DA Download CMD, Check Range fail", "hdl_da_download fail",
+                          "hdl_download fail", "hdl_disconnect disconnect_type=0"}));
 }
 
 void TestGoodDialogue::twoWorkersInARow()
