@@ -1,6 +1,9 @@
 #include "refusingchip.h"
+#include "tests/support/connectionlog.h"
 #include "tests/support/unittest.h"
 
+#include "gnss_download/serial_thread.h"
+#include "gnss_download/ugrade_thread.h"
 #include "gps/gpsupdate.h"
 #include "tools/common.h"
 
@@ -58,6 +61,7 @@ private slots:
     void initTestCase();
     void init();
 
+    void workerIsConnectedInOrderAndStartedAtTopPriority();
     void startShowsThatAnUpdateRuns();
     void startClearsTheIconOfTheLastUpdate();
     void refusedUpdateEndsRed();
@@ -100,6 +104,37 @@ void TestGpsUpdateWorkers::init()
     downloadfile = {"boot", "partition", "application", "configuration"};
     // The kernel lists a thread for a moment longer than it runs.
     QTRY_COMPARE(threadsOfTheProcess(), idleThreads);
+}
+
+void TestGpsUpdateWorkers::workerIsConnectedInOrderAndStartedAtTopPriority()
+{
+    const RefusingChip chip;
+    gpsupdate page;
+    const tests::ConnectionLog connections;
+    pressStart(page);
+    auto *transport = connections.sender<serial_thread>();
+    QVERIFY(transport != nullptr);
+    QCOMPARE(
+        connections.signalsOf(transport),
+        (QStringList{"signal_Messagebox(QString,QString)", "signal_TransferData(QByteArray)"}));
+    auto *worker = connections.sender<ugrade_thread>();
+    QVERIFY(worker != nullptr);
+    QCOMPARE(worker->transport(), transport);
+    // the first twelve are its own, with the transport
+    QCOMPARE(connections.signalsOf(worker).mid(12, 3),
+             (QStringList{"signal_TransferData(QByteArray)", "signals_success(QString,bool)",
+                          "signals_reset_success(QString)"}));
+    QCOMPARE(worker->priority(), QThread::TimeCriticalPriority);
+
+    // each goes to its own slot of the page; only a connection that is there can be cut
+    const auto cut = [&page](auto *sender, auto signal, auto slot) {
+        return QObject::disconnect(sender, signal, &page, slot);
+    };
+    QVERIFY(cut(transport, &serial_thread::signal_Messagebox, &gpsupdate::show_Messagebox));
+    QVERIFY(cut(transport, &serial_thread::signal_TransferData, &gpsupdate::show_log));
+    QVERIFY(cut(worker, &ugrade_thread::signal_TransferData, &gpsupdate::show_log));
+    QVERIFY(cut(worker, &ugrade_thread::signals_reset_success, &gpsupdate::show_reset_result));
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds); // over the one that is left
 }
 
 void TestGpsUpdateWorkers::startShowsThatAnUpdateRuns()
