@@ -5,6 +5,13 @@
 
 namespace ctl {
 
+namespace {
+
+// More than a bench lets any call wait, in milliseconds; it refuses longer ones itself.
+constexpr int kLongestWait = 24 * 3600 * 1000;
+
+} // namespace
+
 bool Client::connectTo(const QString &socketPath)
 {
     socket.connectToServer(socketPath);
@@ -27,7 +34,8 @@ bool Client::call(const CallLine &call, QJsonObject *result)
         {"jsonrpc", "2.0"}, {"id", ++lastId}, {"method", call.method}, {"params", call.params}};
     socket.write(QJsonDocument(request).toJson(QJsonDocument::Compact) + '\n');
 
-    const int ownWait = call.params.value(QStringLiteral("timeout_ms")).toInt();
+    const int ownWait =
+        qBound(0, call.params.value(QStringLiteral("timeout_ms")).toInt(), kLongestWait);
     QJsonObject answer;
     do {
         if (!readMessage(patienceMilliseconds + ownWait, &answer))

@@ -168,7 +168,7 @@ QString optionsFrom(const QCommandLineParser &parser, Options *options)
         options->file = options->words.takeFirst();
 
     if (!isNumber || seconds <= 0 || seconds > 86400)
-        return QStringLiteral("--timeout: wanted is a number of seconds from 0 to 86400");
+        return QStringLiteral("--timeout: wanted is a number of seconds above 0, at most 86400");
     if (options->file.isEmpty() == options->words.isEmpty())
         return QStringLiteral("wanted is a call or a file of calls; see --help");
     if (options->socket.isEmpty())

@@ -46,6 +46,7 @@ private slots:
 
     void eventsInBetweenAreNoAnswers();
     void callsOwnWaitIsWaitedFor();
+    void waitLongerThanTheBenchTakesIsTheBenchsToRefuse();
     void benchThatDoesNotAnswer();
     void benchThatHangsUp();
     void socketThatIsNotThere();
@@ -237,6 +238,17 @@ void TestCtl::callsOwnWaitIsWaitedFor()
     QCOMPARE(outcome.err, QString("testmode-ctl: never: Timeout: nothing came after 400 ms\n"));
 }
 
+void TestCtl::waitLongerThanTheBenchTakesIsTheBenchsToRefuse()
+{
+    for (const char *milliseconds : {"600001", "2147483647", "-2147483648"}) {
+        const Outcome outcome = runOn({"never", QString("timeout_ms=%1").arg(milliseconds)});
+        QCOMPARE(outcome.err,
+                 QString("testmode-ctl: never: Argument: timeout_ms is %1, wanted is 0 to 600000\n")
+                     .arg(milliseconds));
+        QCOMPARE(outcome.status, 1);
+    }
+}
+
 void TestCtl::benchThatDoesNotAnswer()
 {
     dispatcher->add({"silent", {}, "", "", [this](const bench::Call &call) {
@@ -304,10 +316,17 @@ void TestCtl::usageErrors_data()
     QTest::newRow("unknown option")
         << QStringList({"--sockt", "s", "echo"}) << "Unknown option 'sockt'.; see --help";
     QTest::newRow("timeout in words") << QStringList({"--socket", "s", "--timeout", "soon", "echo"})
-                                      << "--timeout: wanted is a number of seconds from 0 to 86400";
+                                      << "--timeout: wanted is a number of seconds above 0, at "
+                                         "most 86400";
     QTest::newRow("timeout below zero")
         << QStringList({"--socket", "s", "--timeout", "-1", "echo"})
-        << "--timeout: wanted is a number of seconds from 0 to 86400";
+        << "--timeout: wanted is a number of seconds above 0, at most 86400";
+    QTest::newRow("no timeout") << QStringList({"--socket", "s", "--timeout", "0", "echo"})
+                                << "--timeout: wanted is a number of seconds above 0, at most "
+                                   "86400";
+    QTest::newRow("timeout of more than a day")
+        << QStringList({"--socket", "s", "--timeout", "86401", "echo"})
+        << "--timeout: wanted is a number of seconds above 0, at most 86400";
 }
 
 void TestCtl::usageErrors()
