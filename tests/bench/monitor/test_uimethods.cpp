@@ -58,6 +58,9 @@ private slots:
     void ancestorTellsNamesakesApart();
     void badNamesAreRefused_data();
     void badNamesAreRefused();
+    void releaseAtABadNameKeepsTheFingerDown();
+    void everyTouchRefuses_data();
+    void everyTouchRefuses();
 
     void clickPressesAndReleases();
     void clickReachesTheButtonUnderItsCaption();
@@ -94,6 +97,7 @@ private slots:
     void boxesThatNeverCome();
     void answerPressesTheTopmostBox();
     void answerRefuses();
+    void answerWaitsForTheFingerAndThePopup();
 
     void screenshotGoesToAFile();
     void screenshotOfOneWidgetInTheAnswer();
@@ -262,8 +266,70 @@ void TestUiMethods::badNamesAreRefused()
     for (const char *name : {"page_a", "page_b"})
         place<QPushButton>(place<QWidget>(screen.get(), name, {0, 0, 200, 300}), "key", kButton);
     show();
-    for (const char *method : {"ui.state", "ui.click", "ui.press"})
+    for (const char *method : {"ui.state", "ui.click", "ui.press", "ui.screenshot"})
         QCOMPARE(error(method, "{'object':'" + path + "'}"), message);
+    for (const char *method : {"ui.choose", "ui.type"})
+        QCOMPARE(error(method, "{'object':'" + path + "','text':'a'}"), message);
+    QCOMPARE(error("ui.tree", "{'root':'" + path + "'}"), message);
+    // A widget that is not there yet may come.
+    const bool waits = message.startsWith("NotFound: ");
+    QCOMPARE(
+        error("ui.wait", "{'object':'" + path + "','property':'text','value':'a','timeout_ms':0}"),
+        waits ? QString(message).replace("NotFound", "Timeout") + " after 0 ms" : message);
+}
+
+void TestUiMethods::releaseAtABadNameKeepsTheFingerDown()
+{
+    QSignalSpy clicked(button(), &QPushButton::clicked);
+    show();
+    result("ui.press", "{'object':'key'}");
+    QCOMPARE(error("ui.release", "{'object':'gone'}"), QString("NotFound: no object gone"));
+    QCOMPARE(error("ui.release", "{'object':''}"), QString("Argument: '' ends without a name"));
+    result("ui.release", "{'object':'key'}");
+    QCOMPARE(clicked.count(), 1);
+}
+
+void TestUiMethods::everyTouchRefuses_data()
+{
+    QTest::addColumn<QString>("method");
+    QTest::addColumn<QByteArray>("object");
+    QTest::addColumn<QString>("message");
+    for (const char *method : {"ui.click", "ui.press", "ui.choose", "ui.type"}) {
+        QTest::addRow("%s hidden", method)
+            << method << QByteArray("hidden") << "Hidden: hidden is hidden";
+        QTest::addRow("%s outside", method)
+            << method << QByteArray("far") << "Hidden: far lies outside of its window";
+        QTest::addRow("%s disabled", method)
+            << method << QByteArray("off") << "Disabled: off is disabled";
+        QTest::addRow("%s covered", method)
+            << method << QByteArray("under") << "Covered: under lies under cover";
+    }
+}
+
+// Editable combo boxes, which take a touch, a choice and a text.
+void TestUiMethods::everyTouchRefuses()
+{
+    QFETCH(QString, method);
+    QFETCH(QByteArray, object);
+    QFETCH(QString, message);
+    const auto combo = [this](const char *name, const QRect &geometry) {
+        auto *box = place<QComboBox>(screen.get(), name, geometry);
+        box->setEditable(true);
+        box->addItems({"one", "two"});
+        return box;
+    };
+    combo("hidden", {20, 20, 100, 30})->hide();
+    combo("far", {390, 20, 100, 30});
+    combo("off", {20, 60, 100, 30})->setEnabled(false);
+    combo("under", {20, 100, 100, 30});
+    place<QLabel>(screen.get(), "cover", {20, 100, 100, 30});
+    show();
+    const QByteArray words = method == "ui.choose" || method == "ui.type" ? ",'text':'two'" : "";
+    QCOMPARE(error(method, "{'object':'" + object + "'" + words + "}"), message);
+    QCOMPARE(screen->findChild<QComboBox *>(object)->currentText(), QString("one"));
+    // The finger is up.
+    QCOMPARE(error("ui.release", "{'object':'cover'}"),
+             QString("WrongState: nothing is pressed: ui.press comes first"));
 }
 
 void TestUiMethods::clickPressesAndReleases()
@@ -650,6 +716,31 @@ void TestUiMethods::answerRefuses()
              QString("NotFound: the box has no button Maybe; there are: Yes, No"));
     box.button(QMessageBox::Yes)->setEnabled(false);
     QVERIFY(error("ui.answer", "{'button':'Yes'}").startsWith("Disabled: "));
+}
+
+void TestUiMethods::answerWaitsForTheFingerAndThePopup()
+{
+    QComboBox *combo = place<QComboBox>(screen.get(), "combo", {20, 100, 100, 40});
+    combo->addItems({"one", "two"});
+    show();
+    QDialog box(screen.get());
+    auto *yes = place<QPushButton>(&box, "yes", kButton);
+    yes->setText("Yes");
+    QSignalSpy clicked(yes, &QPushButton::clicked);
+    box.show();
+
+    result("ui.press", "{'object':'yes'}");
+    QCOMPARE(error("ui.answer", "{'button':'Yes'}"),
+             QString("WrongState: something is pressed: ui.release comes first"));
+    result("ui.release", "{'object':'yes'}");
+    QCOMPARE(clicked.count(), 1);
+
+    combo->showPopup();
+    QCOMPARE(error("ui.answer", "{'button':'Yes'}"),
+             QString("Covered: yes lies under QComboBoxPrivateContainer"));
+    combo->hidePopup();
+    QCOMPARE(result("ui.answer", "{'button':'Yes'}"), json("{'delivered_to':'yes'}"));
+    QCOMPARE(clicked.count(), 2);
 }
 
 void TestUiMethods::screenshotGoesToAFile()
