@@ -156,6 +156,7 @@ private slots:
     void faultOfAHandlerIsInternal();
 
 private:
+    QJsonObject schema() { return tests::resultOf(dispatcher.get(), "bench.schema"); }
     void refuses();
 
     std::unique_ptr<bench::Host> host;
@@ -189,7 +190,7 @@ void TestSchema::cleanup()
 void TestSchema::methodsAndTheirParameters()
 {
     QStringList described;
-    const QJsonArray methods = dispatcher->schema().value("methods").toArray();
+    const QJsonArray methods = schema().value("methods").toArray();
     for (const QJsonValue &method : methods) {
         QStringList words;
         const QJsonArray parameters = method.toObject().value("parameters").toArray();
@@ -218,7 +219,7 @@ void TestSchema::methodsAndTheirParameters()
 
 void TestSchema::classesOfErrors()
 {
-    const QJsonValue errors = dispatcher->schema().value("errors");
+    const QJsonValue errors = schema().value("errors");
     QCOMPARE(column(errors, "class"),
              QStringList({"Parse", "Request", "UnknownMethod", "Argument", "Limit", "NotFound",
                           "Ambiguous", "Hidden", "Disabled", "Covered", "WrongKind", "WrongState",
@@ -231,7 +232,7 @@ void TestSchema::classesOfErrors()
 
 void TestSchema::events()
 {
-    QCOMPARE(column(dispatcher->schema().value("events"), "name"),
+    QCOMPARE(column(schema().value("events"), "name"),
              QStringList({"receiver.anomaly", "receiver.phase", "trace.line", "unit.journal",
                           "unit.popup", "unit.reset"}));
 }
@@ -247,7 +248,7 @@ void TestSchema::everyMethodIsDispatched_data()
 void TestSchema::everyMethodIsDispatched()
 {
     QFETCH(QString, method);
-    QVERIFY(column(dispatcher->schema().value("methods"), "name").contains(method));
+    QVERIFY(column(schema().value("methods"), "name").contains(method));
     QVERIFY(errorOf(dispatcher.get(), method, "{'no_such_key':1}").startsWith("Argument: "));
 }
 
@@ -263,7 +264,7 @@ void TestSchema::otherNamesAreNoMethods()
 {
     QFETCH(QString, name);
     QCOMPARE(errorOf(dispatcher.get(), name), "UnknownMethod: no method " + name);
-    QVERIFY(!column(dispatcher->schema().value("methods"), "name").contains(name));
+    QVERIFY(!column(schema().value("methods"), "name").contains(name));
 }
 
 // The call of the row fails with its message, and nothing happens.
