@@ -285,6 +285,10 @@ void TestUiMethods::releaseAtABadNameKeepsTheFingerDown()
     result("ui.press", "{'object':'key'}");
     QCOMPARE(error("ui.release", "{'object':'gone'}"), QString("NotFound: no object gone"));
     QCOMPARE(error("ui.release", "{'object':''}"), QString("Argument: '' ends without a name"));
+    for (int i = 0; i < 2; ++i)
+        button("twin", {200, 20, 120, 40});
+    QCOMPARE(error("ui.release", "{'object':'twin'}"),
+             QString("Ambiguous: twin may be screen/twin, screen/twin"));
     result("ui.release", "{'object':'key'}");
     QCOMPARE(clicked.count(), 1);
 }
