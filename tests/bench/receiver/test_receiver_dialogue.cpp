@@ -1,14 +1,10 @@
 #include "rawhost.h"
 #include "tests/support/unittest.h"
 
-#include <QSignalSpy>
-
-using bench::DialogueLine;
-using bench::Receiver;
 using tests::RawHost;
 using tests::Rig;
 
-// The good dialogue, from the reset to the end, and what the receiver tells of it.
+// The good dialogue, from the reset to the end.
 class TestReceiverDialogue : public tests::UnitTest
 {
     Q_OBJECT
@@ -25,10 +21,6 @@ private slots:
     void finishLeavesItSilentUntilAReset_data();
     void finishLeavesItSilentUntilAReset();
     void theWatchdogEndsWithAReset();
-    void tellsItsPhasesInOrder();
-    void tellsTheDialogueInWords();
-    void showsTheBeginningOfLongFrames();
-    void theRecordIsClearedButNumbersGoOn();
 };
 
 // Every byte of the boot ROM's part, both directions.
@@ -273,115 +265,6 @@ void TestReceiverDialogue::theWatchdogEndsWithAReset()
     rig.host->setBaud(115200);
     QVERIFY(rig.host->synchronise());
     QCOMPARE(rig.anomalies(), QStringList());
-}
-
-void TestReceiverDialogue::tellsItsPhasesInOrder()
-{
-    Receiver receiver;
-    QStringList told;
-    connect(&receiver, &Receiver::phaseChanged, this,
-            [&told](const QString &phase) { told << phase; });
-    RawHost host(receiver.open());
-    tests::pulse(receiver);
-    QVERIFY(host.connectToAgent());
-    QVERIFY(host.writeImage(0x08000000, tests::pattern(10, 1)));
-    QVERIFY(host.finish());
-    const QStringList sinceReset = {
-        QStringLiteral("reset"),
-        QStringLiteral("boot-rom"),
-        QStringLiteral("boot-rom-commands"),
-        QStringLiteral("stage-1"),
-        QStringLiteral("stage-1-download-rate"),
-        QStringLiteral("stage-2-handshake"),
-        QStringLiteral("stage-2-sync"),
-        QStringLiteral("stage-2-ready"),
-        QStringLiteral("stage-2-writing"),
-        QStringLiteral("stage-2-ready"),
-        QStringLiteral("finished"),
-    };
-    QTRY_COMPARE(told, QStringList{QStringLiteral("application")} + sinceReset);
-
-    // the same, each with its time, one behind the other
-    const auto phases = receiver.state().phases;
-    QStringList names;
-    for (int i = 0; i < phases.size(); ++i) {
-        names << phases.at(i).phase;
-        if (i + 1 < phases.size())
-            QCOMPARE(phases.at(i).began + phases.at(i).milliseconds, phases.at(i + 1).began);
-    }
-    QCOMPARE(names, sinceReset);
-}
-
-void TestReceiverDialogue::tellsTheDialogueInWords()
-{
-    Rig rig;
-    QVERIFY(rig.host->synchronise());
-    QVERIFY(rig.host->ask("d0 80000004 00000001", "d0 80000004 00000001 0000 0001 0000"));
-    QTRY_COMPARE(rig.receiver.dialogue().size(), 19);
-    QStringList texts;
-    const auto lines = rig.receiver.dialogue();
-    for (int i = 0; i < lines.size(); ++i) {
-        QCOMPARE(lines.at(i).number, i + 1);
-        QString text = lines.at(i).text();
-        text.remove(QRegularExpression(QStringLiteral("^\\d+ \\d+ ms "))); // number and time
-        texts << text;
-    }
-    const QStringList expected = {
-        QStringLiteral("event: the reset line is asserted"),
-        QStringLiteral("event: the reset line is released"),
-        QStringLiteral("host -> receiver 115200 baud sync: synchronise [a0]"),
-        QStringLiteral("receiver -> host 115200 baud sync: in step [5f]"),
-        QStringLiteral("host -> receiver 115200 baud sync: synchronise [0a]"),
-        QStringLiteral("receiver -> host 115200 baud sync: in step [f5]"),
-        QStringLiteral("host -> receiver 115200 baud sync: synchronise [50]"),
-        QStringLiteral("receiver -> host 115200 baud sync: in step [af]"),
-        QStringLiteral("host -> receiver 115200 baud sync: synchronise [05]"),
-        QStringLiteral("receiver -> host 115200 baud sync: in step [fa]"),
-        QStringLiteral("host -> receiver 115200 baud read-16: read a register [d0]"),
-        QStringLiteral("receiver -> host 115200 baud read-16: echo [d0]"),
-        QStringLiteral("host -> receiver 115200 baud read-16: address 0x80000004 [80 00 00 04]"),
-        QStringLiteral("receiver -> host 115200 baud read-16: echo [80 00 00 04]"),
-        QStringLiteral("host -> receiver 115200 baud read-16: count 0x00000001 [00 00 00 01]"),
-        QStringLiteral("receiver -> host 115200 baud read-16: echo [00 00 00 01]"),
-        QStringLiteral("receiver -> host 115200 baud read-16: status 0x0000, good [00 00]"),
-        QStringLiteral("receiver -> host 115200 baud read-16: value 0x0001 [00 01]"),
-        QStringLiteral("receiver -> host 115200 baud read-16: status 0x0000, good [00 00]"),
-    };
-    QCOMPARE(texts, expected);
-    QCOMPARE(rig.receiver.dialogue(17).size(), 2);
-    QCOMPARE(rig.receiver.dialogue(17).first().number, 18);
-}
-
-void TestReceiverDialogue::showsTheBeginningOfLongFrames()
-{
-    Rig rig;
-    QVERIFY(rig.host->connectToAgent());
-    QVERIFY(rig.host->writeImage(0x08000000, QByteArray(4096, 'x')));
-    for (const DialogueLine &line : rig.receiver.dialogue()) {
-        if (line.step != QStringLiteral("packet"))
-            continue;
-        QCOMPARE(line.direction, DialogueLine::ToReceiver);
-        QCOMPARE(line.meaning, QStringLiteral("packet 1 of 1 of image 1"));
-        QCOMPARE(line.length, 4096);
-        QCOMPARE(line.bytes, QByteArray(64, 'x'));
-        QVERIFY(line.text().endsWith(QStringLiteral("78 ... 4096 bytes]")));
-        return;
-    }
-    QFAIL("no line of the packet");
-}
-
-void TestReceiverDialogue::theRecordIsClearedButNumbersGoOn()
-{
-    Rig rig;
-    rig.host->putHex("77");
-    QTRY_COMPARE(rig.anomalies().size(), 1);
-    QTRY_COMPARE(rig.receiver.dialogue().size(), 3);
-    rig.receiver.clearRecord();
-    QCOMPARE(rig.anomalies(), QStringList());
-    QCOMPARE(rig.receiver.dialogue().size(), 0);
-    QVERIFY(rig.host->ask("a0", "5f"));
-    QTRY_COMPARE(rig.receiver.dialogue().size(), 2);
-    QCOMPARE(rig.receiver.dialogue().first().number, 4);
 }
 
 TESTMODE_TEST_MAIN(TestReceiverDialogue)
