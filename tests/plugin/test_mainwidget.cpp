@@ -197,6 +197,8 @@ void TestMainWidget::menuIsConnectedInOrder()
 void TestMainWidget::startsWithTheMenuOnly()
 {
     MainWidget host(nullptr);
+    // Shown by itself, not only along with the host.
+    QVERIFY(pageOf(host, kMenu)->testAttribute(Qt::WA_WState_ExplicitShowHide));
     host.show();
     QCOMPARE(shownChildren(host), QStringList{kMenu});
     QCOMPARE(host.findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
