@@ -23,6 +23,7 @@ private slots:
     void answersToItsNames_data();
     void answersToItsNames();
     void objectComesFirst();
+    void offersNoMethodByName();
 };
 
 void TestPlugin::offersOneWindowAndNoSource()
@@ -135,6 +136,13 @@ void TestPlugin::objectComesFirst()
     Plugin plugin;
     QCOMPARE(static_cast<void *>(static_cast<QObject *>(&plugin)), static_cast<void *>(&plugin));
     QVERIFY(static_cast<void *>(static_cast<AppPlugin *>(&plugin)) != static_cast<void *>(&plugin));
+}
+
+void TestPlugin::offersNoMethodByName()
+{
+    QCOMPARE(tests::signalsOf(Plugin::staticMetaObject), QStringList());
+    QCOMPARE(tests::slotsOf(Plugin::staticMetaObject), QStringList());
+    QCOMPARE(Plugin::staticMetaObject.superClass()->className(), "QObject");
 }
 
 TESTMODE_TEST_MAIN(TestPlugin)
