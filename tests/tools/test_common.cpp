@@ -3,7 +3,6 @@
 #include "tools/common.h"
 
 #include <QElapsedTimer>
-#include <QTime>
 #include <QTimer>
 
 #include <type_traits>
@@ -20,7 +19,6 @@ private slots:
     void logNamesNoPlaceButItsOwn();
     void delayOfZeroReturnsAtOnce();
     void delayDeliversEventsMeanwhile();
-    void delayAcrossMidnightEndsAtOnce();
 };
 
 void TestCommon::updateStateIsEmptyAtTheStart()
@@ -103,16 +101,6 @@ void TestCommon::delayDeliversEventsMeanwhile()
     Delay_MSec(100);
     QVERIFY(clock.elapsed() >= 99);
     QVERIFY(ticks >= 3);
-}
-
-// Whatever the hour: a wait whose end lies in the first millisecond of tomorrow.
-void TestCommon::delayAcrossMidnightEndsAtOnce()
-{
-    const int toMidnight = QTime::currentTime().msecsTo(QTime(23, 59, 59, 999)) + 1;
-    QElapsedTimer clock;
-    clock.start();
-    Delay_MSec(toMidnight + 1);
-    QVERIFY(clock.elapsed() < 1000);
 }
 
 TESTMODE_TEST_MAIN(TestCommon)
