@@ -61,6 +61,7 @@ void Faults::set(const QVector<Fault> &faults, quint32 seed)
         entry.dice.seed(mixed);
         entries.push_back(entry);
     }
+    ++listNumber;
 }
 
 QVector<FaultReport> Faults::reports() const
@@ -116,11 +117,10 @@ bool Faults::mayStrike(Fault::Kind kind, Fault::Direction direction, const Place
 void Faults::tell(const Struck &struck, const QString &deed)
 {
     const QMutexLocker lock(&mutex);
-    // The list may be another one by now.
-    const auto number = static_cast<size_t>(struck.number);
-    if (number >= entries.size())
-        return;
-    FaultReport &report = entries[number].report;
+    if (struck.list != listNumber)
+        return; // another list was set meanwhile
+    FaultReport &report = entries[static_cast<size_t>(struck.number)].report;
+    ++report.done;
     if (report.deeds.size() < kMostDeeds)
         report.deeds << deed;
 }
@@ -128,7 +128,7 @@ void Faults::tell(const Struck &struck, const QString &deed)
 bool Faults::fits(const Entry &entry, const Place &place, int index)
 {
     const Fault &fault = entry.report.fault;
-    if (fault.times > 0 && entry.report.done >= fault.times)
+    if (fault.times > 0 && entry.strikes >= fault.times)
         return false;
     if (fault.step && *fault.step != place.step)
         return false;
@@ -151,8 +151,9 @@ bool Faults::draw(Entry *entry)
 Struck Faults::struckBy(size_t number)
 {
     Entry &entry = entries[number];
-    ++entry.report.done;
-    return {static_cast<int>(number), entry.report.fault, static_cast<quint32>(entry.dice())};
+    ++entry.strikes;
+    return {static_cast<int>(number), listNumber, entry.report.fault,
+            static_cast<quint32>(entry.dice())};
 }
 
 ByteEffect effectOf(const Struck &struck, quint8 value, std::optional<quint8> neighbour)

@@ -27,6 +27,7 @@ struct Place
 struct Struck
 {
     int number = 0; // in the list
+    int list = 0;   // the how-manieth that was set
     Fault fault;
     quint32 dice = 0; // from the seed, for what the fault leaves open
 };
@@ -40,7 +41,7 @@ public:
     QVector<FaultReport> reports() const;
 
     // The first fault of this kind that strikes here. `index`: which place, answer or byte
-    // of the step this is. Counts as done.
+    // of the step this is. Counts as done from tell() on, which has to follow.
     std::optional<Struck> strike(Fault::Kind kind, const Place &place, int index);
     std::optional<Struck> strikeByte(Fault::Direction direction, const Place &place, int index,
                                      bool hasNeighbour);
@@ -59,6 +60,7 @@ private:
     struct Entry
     {
         FaultReport report;
+        int strikes = 0;   // told or about to be
         std::mt19937 dice; // one each, so that faults do not disturb one another
     };
 
@@ -68,6 +70,7 @@ private:
 
     mutable QMutex mutex;
     std::vector<Entry> entries;
+    int listNumber = 0;
     std::atomic_bool nothingSet{true}; // asked at every byte, so without the lock
 };
 
