@@ -10,7 +10,7 @@ namespace ctl {
 // How a run ended; the statuses are those of the bench. Never changed once published.
 enum ExitStatus : int {
     kDone = 0,
-    kCallFailed = 1,
+    kCallFailed = 1, // or its result could not be written
     kUsage = 2,
     kNotThere = 3, // no bench on the socket, or no file of calls
     kTimedOut = 5, // the bench did not answer in time

@@ -9,7 +9,9 @@
 #include <QJsonDocument>
 #include <QTextStream>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace ctl {
 
@@ -22,8 +24,8 @@ A value is JSON where it is valid JSON and text elsewhere; key:text=value is tex
 A file holds a call a line, in the same words; '...', "..." and \ quote, # begins a comment.
 
 Results are written to standard output as JSON, a line each; errors to standard error.
-Exit status: 0 every call succeeded, 1 a call failed, 2 usage, 3 no bench or no such file,
-5 the bench did not answer in time.
+Exit status: 0 every call succeeded, 1 a call failed or its result could not be written,
+2 usage, 3 no bench or no such file, 5 the bench did not answer in time.
 
 Examples:
   export TESTMODE_MONITOR=/tmp/bench/monitor     started with: testmode-bench --monitor $TESTMODE_MONITOR
@@ -119,8 +121,13 @@ private:
             complain(place + call.method + QStringLiteral(": ") + client.error());
             return client.status();
         }
-        std::printf("%s\n", QJsonDocument(result).toJson(QJsonDocument::Compact).constData());
-        std::fflush(stdout);
+        const QByteArray line = QJsonDocument(result).toJson(QJsonDocument::Compact);
+        if (std::printf("%s\n", line.constData()) < 0 || std::fflush(stdout) != 0) {
+            complain(place + call.method
+                     + QStringLiteral(": the result cannot be written: %1")
+                           .arg(QString::fromLocal8Bit(std::strerror(errno))));
+            return kCallFailed;
+        }
         return kDone;
     }
 

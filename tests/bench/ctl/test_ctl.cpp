@@ -34,6 +34,7 @@ private slots:
 
     void resultIsPrintedAsJson();
     void failedCallIsTold();
+    void resultThatCannotBeWrittenIsTold();
     void socketFromTheEnvironment();
     void optionsEndAtTheMethod();
 
@@ -146,6 +147,18 @@ void TestCtl::failedCallIsTold()
     QCOMPARE(outcome.status, 1);
     QCOMPARE(outcome.out, QString());
     QCOMPARE(outcome.err, QString("testmode-ctl: echo: Argument: value is missing\n"));
+}
+
+void TestCtl::resultThatCannotBeWrittenIsTold()
+{
+    QProcess process;
+    process.setStandardOutputFile("/dev/full");
+    process.start(TESTMODE_CTL, {"--socket", path, "echo", "value=1"});
+    QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 20000);
+    QCOMPARE(process.readAllStandardError(),
+             QByteArray("testmode-ctl: echo: the result cannot be written: No space left on "
+                        "device\n"));
+    QCOMPARE(process.exitCode(), 1);
 }
 
 void TestCtl::socketFromTheEnvironment()

@@ -6,8 +6,8 @@
 #include <QSignalSpy>
 
 using tests::json;
-using tests::Pending;
 using tests::kButton;
+using tests::Pending;
 using tests::place;
 
 // Message boxes and pop-ups through the calls.

@@ -8,8 +8,8 @@
 #include <QProgressBar>
 
 using tests::json;
-using tests::Pending;
 using tests::kButton;
+using tests::Pending;
 using tests::place;
 
 // Seeing widgets through the calls, and waiting for what they show.
