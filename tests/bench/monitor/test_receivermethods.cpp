@@ -52,8 +52,6 @@ private slots:
 
     void eventsTellPhasesAndAnomalies();
     void withoutAReceiverAllFail();
-    void wrongArgumentsAreRefused_data();
-    void wrongArgumentsAreRefused();
 
 private:
     QJsonObject result(const QString &method, const QByteArray &params = "{}")
@@ -443,36 +441,6 @@ void TestReceiverMethods::withoutAReceiverAllFail()
     QCOMPARE(tests::errorOf(&other, "receiver.dialogue"), message);
     QCOMPARE(tests::errorOf(&other, "receiver.flash", "{'address':0,'length':1}"), message);
     QCOMPARE(tests::errorOf(&other, "receiver.wait", "{'phase':'off','timeout_ms':1}"), message);
-}
-
-void TestReceiverMethods::wrongArgumentsAreRefused_data()
-{
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QByteArray>("params");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *method, const char *params, const char *message) {
-        QTest::addRow("%s %s", method, params) << method << QByteArray(params) << message;
-    };
-    row("receiver.state", "{'x':1}",
-        "Argument: x is no parameter of receiver.state; they are: none");
-    row("receiver.dialogue", "{'since':true}",
-        "Argument: since is a boolean, wanted is type integer");
-    row("receiver.dialogue", "{'x':1}",
-        "Argument: x is no parameter of receiver.dialogue; they are: since");
-    row("receiver.wait", "{'timeout_ms':1}", "Argument: phase is missing");
-    row("receiver.wait", "{'phase':'off'}", "Argument: timeout_ms is missing");
-    row("receiver.wait", "{'phase':1,'timeout_ms':1}",
-        "Argument: phase is a number, wanted is type text");
-    row("receiver.wait", "{'phase':'off','timeout_ms':1,'x':1}",
-        "Argument: x is no parameter of receiver.wait; they are: phase, timeout_ms");
-}
-
-void TestReceiverMethods::wrongArgumentsAreRefused()
-{
-    QFETCH(QString, method);
-    QFETCH(QByteArray, params);
-    QFETCH(QString, message);
-    QCOMPARE(error(method, params), message);
 }
 
 TESTMODE_TEST_MAIN(TestReceiverMethods)

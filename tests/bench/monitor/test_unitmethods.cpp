@@ -51,8 +51,6 @@ private slots:
     void memoryThatIsNotThere();
 
     void eventsTellWhatHappens();
-    void wrongArgumentsAreRefused_data();
-    void wrongArgumentsAreRefused();
 
 private:
     QJsonObject result(const QString &method, const QByteArray &params = "{}")
@@ -397,60 +395,6 @@ void TestUnitMethods::eventsTellWhatHappens()
                           "unit.reset {'kind':'factory'}", "unit.reset {'kind':'reboot'}",
                           "unit.journal {'args':[1],'call':'b','n':1,'service':'A'}",
                           "trace.line {'line':'words'}"}));
-}
-
-void TestUnitMethods::wrongArgumentsAreRefused_data()
-{
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QByteArray>("params");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *method, const char *params, const char *message) {
-        QTest::addRow("%s %s", method, params) << method << QByteArray(params) << message;
-    };
-    row("unit.get", "{'path':1}", "Argument: path is a number, wanted is type text");
-    row("unit.get", "{'x':1}", "Argument: x is no parameter of unit.get; they are: path");
-    row("unit.set", "{'path':'a'}", "Argument: value is missing");
-    row("unit.set", "{'value':1}", "Argument: path is missing");
-    row("unit.set", "{'path':[],'value':1}", "Argument: path is a list, wanted is type text");
-    row("unit.set", "{'path':'a','value':1,'x':1}",
-        "Argument: x is no parameter of unit.set; they are: path, value");
-    row("unit.emit", "{}", "Argument: signal is missing");
-    row("unit.emit", "{'signal':1}", "Argument: signal is a number, wanted is type text");
-    row("unit.emit", "{'signal':'gnss.status','x':1}",
-        "Argument: x is no parameter of unit.emit; they are: signal");
-    for (const char *method : {"unit.journal", "trace.read"}) {
-        row(method, "{'since':'1'}", "Argument: since is a text, wanted is type integer");
-        row(method, "{'since':-1}", "Argument: since is -1, wanted is 0 to 2147483647");
-    }
-    row("unit.journal", "{'x':1}", "Argument: x is no parameter of unit.journal; they are: since");
-    row("trace.read", "{'x':1}", "Argument: x is no parameter of trace.read; they are: since");
-    for (const char *method : {"unit.file.read", "unit.file.remove"}) {
-        row(method, "{}", "Argument: path is missing");
-        row(method, "{'path':null}", "Argument: path is null, wanted is type text");
-    }
-    row("unit.file.read", "{'path':'/a','x':1}",
-        "Argument: x is no parameter of unit.file.read; they are: path");
-    row("unit.file.remove", "{'path':'/a','x':1}",
-        "Argument: x is no parameter of unit.file.remove; they are: path");
-    row("unit.file.write", "{'text':'a'}", "Argument: path is missing");
-    row("unit.file.write", "{'path':'/var/a','text':1}",
-        "Argument: text is a number, wanted is type text");
-    row("unit.file.write", "{'path':'/var/a','text':'a','x':1}",
-        "Argument: x is no parameter of unit.file.write; they are: path, text, base64");
-    row("unit.memory.read", "{}", "Argument: address is missing");
-    row("unit.memory.read", "{'address':0,'x':1}",
-        "Argument: x is no parameter of unit.memory.read; they are: address");
-    row("unit.memory.write", "{'address':0}", "Argument: value is missing");
-    row("unit.memory.write", "{'address':0,'value':1,'x':1}",
-        "Argument: x is no parameter of unit.memory.write; they are: address, value");
-}
-
-void TestUnitMethods::wrongArgumentsAreRefused()
-{
-    QFETCH(QString, method);
-    QFETCH(QByteArray, params);
-    QFETCH(QString, message);
-    QCOMPARE(error(method, params), message);
 }
 
 TESTMODE_TEST_MAIN(TestUnitMethods)

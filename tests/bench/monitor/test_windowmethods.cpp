@@ -27,8 +27,6 @@ private slots:
     void keyAnswersWithTheResult();
     void withoutAWindowTheyAreRefused_data();
     void withoutAWindowTheyAreRefused();
-    void wrongArgumentsAreRefused_data();
-    void wrongArgumentsAreRefused();
 
 private:
     QJsonObject result(const QString &method, const QByteArray &params = "{}")
@@ -131,38 +129,6 @@ void TestWindowMethods::withoutAWindowTheyAreRefused()
     QFETCH(QByteArray, params);
     QCOMPARE(error(method, params),
              QString("WrongState: there is no window: window.create comes first"));
-}
-
-void TestWindowMethods::wrongArgumentsAreRefused_data()
-{
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QByteArray>("params");
-    QTest::addColumn<QString>("message");
-    for (const char *method : {"window.create", "window.home", "window.destroy", "window.back"})
-        QTest::addRow("%s with more", method)
-            << method << QByteArray("{'x':1}")
-            << QString("Argument: x is no parameter of %1; they are: none").arg(method);
-    QTest::newRow("window.show with more")
-        << "window.show" << QByteArray("{'x':1}")
-        << "Argument: x is no parameter of window.show; they are: data";
-    QTest::newRow("window.show data") << "window.show" << QByteArray("{'data':1}")
-                                      << "Argument: data is a number, wanted is type text";
-    QTest::newRow("window.key without code")
-        << "window.key" << QByteArray("{}") << "Argument: code is missing";
-    QTest::newRow("window.key code") << "window.key" << QByteArray("{'code':'12'}")
-                                     << "Argument: code is a text, wanted is type integer";
-    QTest::newRow("window.key with more")
-        << "window.key" << QByteArray("{'code':1,'x':1}")
-        << "Argument: x is no parameter of window.key; they are: code";
-}
-
-void TestWindowMethods::wrongArgumentsAreRefused()
-{
-    QFETCH(QString, method);
-    QFETCH(QByteArray, params);
-    QFETCH(QString, message);
-    QCOMPARE(error(method, params), message);
-    QVERIFY(!host->hasWindow());
 }
 
 TESTMODE_TEST_MAIN(TestWindowMethods)
