@@ -6,15 +6,7 @@
 #include "bench/monitor/monitorserver.h"
 #include "bench/monitor/waiting.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QLocalServer>
 #include <QTemporaryDir>
-
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 using tests::json;
 using tests::SocketClient;
@@ -31,21 +23,9 @@ QByteArray echoOfLength(int bytes)
     return head + QByteArray(bytes - head.size() - tail.size(), 'x') + tail;
 }
 
-// A socket file as a killed bench leaves it.
-void leaveSocketBehind(const QString &path)
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const QByteArray name = QFile::encodeName(path);
-    memcpy(address.sun_path, name.constData(), size_t(name.size()));
-    const int file = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    QVERIFY(::bind(file, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0);
-    ::close(file);
-}
-
 } // namespace
 
-// The socket: greeting, calls, events, misuse and many clients.
+// The talk on the socket: greeting, calls, events, misuse and many clients.
 class TestMonitorServer : public tests::UnitTest
 {
     Q_OBJECT
@@ -86,14 +66,6 @@ private slots:
     void subscribeRefuses_data();
     void subscribeRefuses();
     void quitIsAnsweredAndAsked();
-
-    void socketIsForTheUserOnly();
-    void socketGoesWithTheServer();
-    void leftSocketIsReplaced();
-    void socketInUseIsLeftAlone();
-    void fileInTheWayIsLeftAlone();
-    void pathTooLongIsRefused();
-    void folderThatIsNotThere();
 
 private:
     std::unique_ptr<QTemporaryDir> folder;
@@ -544,71 +516,6 @@ void TestMonitorServer::quitIsAnsweredAndAsked()
     client.sendLine("{'jsonrpc':'2.0','id':2,'method':'bench.quit'}");
     QCOMPARE(client.next(), json("{'jsonrpc':'2.0','id':2,'result':{}}"));
     QCOMPARE(asked.count(), 1);
-}
-
-void TestMonitorServer::socketIsForTheUserOnly()
-{
-    struct stat status = {};
-    QVERIFY(::stat(QFile::encodeName(path).constData(), &status) == 0);
-    QCOMPARE(status.st_mode & 07777, mode_t(0600));
-}
-
-void TestMonitorServer::socketGoesWithTheServer()
-{
-    QVERIFY(QFileInfo::exists(path));
-    server.reset();
-    QVERIFY(!QFileInfo::exists(path));
-}
-
-void TestMonitorServer::leftSocketIsReplaced()
-{
-    const QString left = folder->filePath("left");
-    leaveSocketBehind(left);
-    bench::MonitorServer second(dispatcher.get(), json("{'bench':'2'}"));
-    QString error;
-    QVERIFY2(second.listen(left, &error), qPrintable(error));
-    SocketClient client(left);
-    QCOMPARE(client.next().value("method"), QJsonValue("bench.hello"));
-}
-
-void TestMonitorServer::socketInUseIsLeftAlone()
-{
-    bench::MonitorServer second(dispatcher.get(), json("{'bench':'2'}"));
-    QString error;
-    QVERIFY(!second.listen(path, &error));
-    QCOMPARE(error, "another bench answers on " + path + "; end it or name another path");
-    SocketClient client(path);
-    QCOMPARE(client.next().value("params"), QJsonValue(json("{'bench':'1.2','protocol':1}")));
-}
-
-void TestMonitorServer::fileInTheWayIsLeftAlone()
-{
-    const QString name = folder->filePath("letter");
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("dear") == 4);
-    file.close();
-    bench::MonitorServer second(dispatcher.get(), {});
-    QString error;
-    QVERIFY(!second.listen(name, &error));
-    QCOMPARE(error, name + " is there and no socket; name another path");
-    QCOMPARE(QFileInfo(name).size(), 4);
-}
-
-void TestMonitorServer::pathTooLongIsRefused()
-{
-    const QString name = folder->filePath(QString(120, 'n'));
-    bench::MonitorServer second(dispatcher.get(), {});
-    QString error;
-    QVERIFY(!second.listen(name, &error));
-    QCOMPARE(error, name + " is too long for a socket, which takes 107 bytes; name a shorter path");
-}
-
-void TestMonitorServer::folderThatIsNotThere()
-{
-    bench::MonitorServer second(dispatcher.get(), {});
-    QString error;
-    QVERIFY(!second.listen(folder->filePath("none/monitor"), &error));
-    QVERIFY(error.startsWith("cannot listen on " + folder->filePath("none/monitor") + ": "));
 }
 
 TESTMODE_TEST_MAIN(TestMonitorServer)
