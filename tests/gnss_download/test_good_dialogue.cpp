@@ -21,6 +21,7 @@ private slots:
     void failedEndDoesNotSpoilTheUpdate();
     void refusedConnectionIsLoggedAndEnded();
     void refusedGreetingGoesOnToTheDownload();
+    void emptyPackageIsAnnouncedAllTheSame();
     void twoWorkersInARow();
     void answersHoldNoFlowControlBytes();
 };
@@ -154,6 +155,30 @@ void TestGoodDialogue::refusedGreetingGoesOnToTheDownload()
                           "Start Download Image (bootloader.bin)",
                           "DA Download CMD, Check Range fail", "hdl_da_download fail",
                           "hdl_download fail", "hdl_disconnect disconnect_type=0"}));
+}
+
+void TestGoodDialogue::emptyPackageIsAnnouncedAllTheSame()
+{
+    downloadfile = file();
+    // Nobody looks at the images before the receiver does.
+    Link link(goodDialogue()
+                  .before("bootloader.bin")
+                  .host("5A")
+                  .line("drain")
+                  .host("B2")
+                  .host("08 03 00 00")
+                  .host("00 00 00 00")
+                  .host("00 00 10 00")
+                  .chip("5A A5 00 00 0B C2")
+                  .host("A5")
+                  .chip("5A")
+                  .host("D9 00")
+                  .chip("5A")
+                  .line("close"));
+    QCOMPARE(update(&link), QVariantList({"/dev/ttyS4", false}));
+    QCOMPARE(link.chip.verdict(), QString());
+    QVERIFY(trace().lines().contains("hdl_connect success"));
+    QVERIFY(trace().lines().contains("hdl_download fail"));
 }
 
 void TestGoodDialogue::twoWorkersInARow()
