@@ -42,7 +42,9 @@ bool ugrade_thread::hdl_connect(const hdl_da_info_t *info, hdl_da_report_t *repo
         return false;
 
     // boot ROM; a failed sync is noticed at the next status
+    DBG << "fffffffffff11111111111111";
     pulseReset();
+    DBG << "fffffffffff11111111111111";
     bool result = hdl_brom_start();
     if (result)
         emit signals_reset_success(portName);
@@ -85,11 +87,9 @@ bool ugrade_thread::openUart()
 
 void ugrade_thread::pulseReset()
 {
-    DBG << "fffffffffff11111111111111";
     platform::PlatformService::instance()->setGPSResetGPIO(true);
     QThread::msleep(agent::kResetMilliseconds);
     platform::PlatformService::instance()->setGPSResetGPIO(false);
-    DBG << "fffffffffff11111111111111";
 }
 
 bool ugrade_thread::identifyChip(hdl_da_report_t *report, uint16_t *status)

@@ -192,8 +192,10 @@ void gpsupdate::show_result(QString port, bool ok)
         ui->textBrowser->append(colouredLine(20, "red", port, "failed"));
         DBG << port << "fail.";
     }
-    if (runningPorts.isEmpty())
+    if (runningPorts.isEmpty()) {
         showOutcomeOfAll();
+        DBG << "update completely.";
+    }
 }
 
 // A port that is not running changes nothing.
@@ -217,7 +219,6 @@ void gpsupdate::showOutcomeOfAll()
     succeededPorts.clear();
     failedPorts.clear();
     ui->pushButton_3->setEnabled(true);
-    DBG << "update completely.";
 }
 
 // The icons lie in the framework's working directory.

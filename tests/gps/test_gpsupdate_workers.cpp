@@ -190,6 +190,12 @@ void TestGpsUpdateWorkers::refusedUpdateEndsRed()
              QColor(Qt::red));
     QCOMPARE(trace().payloads().mid(trace().payloads().size() - 2),
              (QStringList{"\"/dev/ttyS4\" fail.", "update completely."}));
+    const QString slot = "void testmode::gpsupdate::show_result(QString, bool)";
+    QCOMPARE(tracedFunctions().mid(tracedFunctions().size() - 2), (QStringList{slot, slot}));
+    QCOMPARE(tracedFunctions().filter("hdl_connect"),
+             (QStringList{"bool ugrade_thread::hdl_connect(const hdl_da_info_t*, hdl_da_report_t*)",
+                          "bool ugrade_thread::hdl_connect(const hdl_da_info_t*, "
+                          "hdl_da_report_t*)"}));
     QCOMPARE(journal().texts(),
              (QStringList{"PlatformService.setGPSResetGPIO(true)",
                           "PlatformService.setGPSResetGPIO(false)"}));
