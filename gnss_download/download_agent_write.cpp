@@ -54,8 +54,8 @@ bool ugrade_thread::hdl_da_download(_hdl_image_t *image)
 // The package's bytes of an image; null where the index names none.
 const QByteArray *ugrade_thread::imageData(uint8_t index) const
 {
-    const QByteArray *const images[] = {&package.bootloader_bin, &package.partition_bin,
-                                        &package.app_bin, &package.config_bin};
+    const QByteArray *const images[] = {&package->bootloader_bin, &package->partition_bin,
+                                        &package->app_bin, &package->config_bin};
     return index < 4 ? images[index] : nullptr;
 }
 

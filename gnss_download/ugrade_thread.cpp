@@ -17,8 +17,8 @@ constexpr uint32_t kAuxiliaryAddress = 0x00100000;
 } // namespace
 
 ugrade_thread::ugrade_thread(QString port)
-    : portName(port), package(downloadfile), transportThread(new QThread),
-      serial(new serial_thread(port))
+    : portName(port), transportThread(new QThread), serial(new serial_thread(port)),
+      package(&downloadfile)
 {
     serial->moveTo(transportThread);
     transportThread->start(QThread::TimeCriticalPriority);
@@ -74,16 +74,18 @@ void ugrade_thread::run()
     hdl_da_info_t info = {kAuxiliaryAddress, kAgentAddress, sizeof da_array};
     hdl_da_report_t report = {};
 
+    const file taken = downloadfile;
+    package = &taken;
     const auto bytes = [](const QByteArray &image) { return static_cast<uint32_t>(image.size()); };
     // clang-format off
     _hdl_image_t config = {
-        0x200000, 0x083FF000, bytes(package.config_bin), "gnss_config.bin", 3, 0, nullptr};
+        0x200000, 0x083FF000, bytes(taken.config_bin), "gnss_config.bin", 3, 0, nullptr};
     _hdl_image_t application = {
-        0x120000, 0x08013000, bytes(package.app_bin), "gnss_demo.bin", 2, 0, &config};
+        0x120000, 0x08013000, bytes(taken.app_bin), "gnss_demo.bin", 2, 0, &config};
     _hdl_image_t partitionTable = {
-        0x1F0000, 0x08000000, bytes(package.partition_bin), "partition_table.bin", 1, 0, &application};
+        0x1F0000, 0x08000000, bytes(taken.partition_bin), "partition_table.bin", 1, 0, &application};
     _hdl_image_t bootLoader = {
-        0x110000, 0x08030000, bytes(package.bootloader_bin), "bootloader.bin", 0, 1, &partitionTable};
+        0x110000, 0x08030000, bytes(taken.bootloader_bin), "bootloader.bin", 0, 1, &partitionTable};
     // clang-format on
 
     DBG << "ugrade_thread:" << QThread::currentThreadId();
@@ -91,5 +93,6 @@ void ugrade_thread::run()
     if (ok)
         ok = stepSucceeded("hdl_download", hdl_download(&bootLoader));
     hdl_disconnect(HDL_DISCONNECT_FINISH);
+    package = &downloadfile;
     emit signals_success(portName, ok);
 }

@@ -20,7 +20,6 @@ class ugrade_thread : public QThread
     Q_OBJECT
 
 public:
-    // Takes `downloadfile` as it is now: what is loaded later is not this update's.
     explicit ugrade_thread(QString port);
     // Waits for run() to return first, so it may be called while run() does.
     ~ugrade_thread() override;
@@ -124,7 +123,8 @@ private:
     const QByteArray *imageData(uint8_t index) const;
 
     QString portName;
-    const file package;
     QThread *transportThread; // owned
     serial_thread *serial;    // owned; lives in transportThread
+    // What the images come from; during run() a copy: what is loaded later is not this update's.
+    const file *package;
 };

@@ -10,7 +10,7 @@
 namespace tests {
 
 // A worker with a scripted chip behind it, and the plug-in's settings as they are before the first
-// update. The worker takes the package that is loaded when the link is made; none is left behind.
+// update. No package is left behind.
 struct Link
 {
     Link()

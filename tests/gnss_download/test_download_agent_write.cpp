@@ -453,7 +453,6 @@ void TestDownloadAgentWrite::imageFails()
 
 void TestDownloadAgentWrite::wrongSumIsLoggedWithBoth()
 {
-    downloadfile.app_bin = QByteArray(4096, 1);
     Link link(announcement("00 00 10 00")
                   .host("01*4096")
                   .chip("5A 69", 300)
@@ -461,6 +460,7 @@ void TestDownloadAgentWrite::wrongSumIsLoggedWithBoth()
                   .host("00 00 10 00")
                   .chip("A5", 900)
                   .chip("00 00 10 01"));
+    downloadfile.app_bin = QByteArray(4096, 1); // read when the image is written
     _hdl_image_t record = image(4096);
     QVERIFY(!link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
