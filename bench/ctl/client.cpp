@@ -16,7 +16,7 @@ bool Client::connectTo(const QString &socketPath)
 {
     socket.connectToServer(socketPath);
     if (!socket.waitForConnected(patienceMilliseconds))
-        return fail(kNotThere,
+        return fail(bench::kNotThere,
                     QStringLiteral("no bench answers on %1 (%2); start one with 'testmode-bench "
                                    "--monitor %1' or name another socket")
                         .arg(socketPath, socket.errorString()));
@@ -24,7 +24,8 @@ bool Client::connectTo(const QString &socketPath)
     if (!readMessage(patienceMilliseconds, &hello))
         return false;
     if (hello.value(QStringLiteral("method")) != QJsonValue(QStringLiteral("bench.hello")))
-        return fail(kNotThere, QStringLiteral("what answers on %1 is no bench").arg(socketPath));
+        return fail(bench::kNotThere,
+                    QStringLiteral("what answers on %1 is no bench").arg(socketPath));
     return true;
 }
 
@@ -46,7 +47,7 @@ bool Client::call(const CallLine &call, QJsonObject *result)
     const QJsonObject error = answer.value(QStringLiteral("error")).toObject();
     if (!error.isEmpty())
         return fail(
-            kCallFailed,
+            bench::kCheckFailed,
             QStringLiteral("%1: %2").arg(error.value(QStringLiteral("data"))
                                              .toObject()
                                              .value(QStringLiteral("class"))
@@ -63,11 +64,11 @@ bool Client::readMessage(int milliseconds, QJsonObject *message)
     while (!socket.canReadLine()) {
         const int left = milliseconds - int(clock.elapsed());
         if (left <= 0)
-            return fail(kTimedOut,
+            return fail(bench::kTimedOut,
                         QStringLiteral("no answer after %1 s").arg(milliseconds / 1000.0));
         if (!socket.waitForReadyRead(left) && socket.state() != QLocalSocket::ConnectedState
             && !socket.canReadLine())
-            return fail(kNotThere, QStringLiteral("the bench has hung up"));
+            return fail(bench::kNotThere, QStringLiteral("the bench has hung up"));
     }
     *message = QJsonDocument::fromJson(socket.readLine()).object();
     return true;

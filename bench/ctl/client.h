@@ -2,19 +2,16 @@
 
 #include "callline.h"
 
+#include "bench/root/exitstatus.h"
+
 #include <QJsonObject>
 #include <QLocalSocket>
 
 namespace ctl {
 
-// How a run ended; the statuses are those of the bench. Never changed once published.
-enum ExitStatus : int {
-    kDone = 0,
-    kCallFailed = 1, // or its result could not be written
-    kUsage = 2,
-    kNotThere = 3, // no bench on the socket, or no file of calls
-    kTimedOut = 5, // the bench did not answer in time
-};
+// How a run ended: kCheckFailed for a call that failed or a result that could not be written,
+// kNotThere for no bench on the socket or no file of calls, kTimedOut for no answer in time.
+using bench::ExitStatus;
 
 // One connection to a bench. Blocks; needs no event loop.
 class Client
@@ -39,7 +36,7 @@ private:
     int patienceMilliseconds;
     QLocalSocket socket;
     int lastId = 0;
-    ExitStatus lastStatus = kDone;
+    ExitStatus lastStatus = bench::kDone;
     QString lastError;
 };
 

@@ -61,7 +61,7 @@ public:
     int run()
     {
         if (!options.file.isEmpty() && !openFile())
-            return kNotThere;
+            return bench::kNotThere;
         if (!client.connectTo(options.socket)) {
             complain(client.error());
             return client.status();
@@ -83,14 +83,14 @@ private:
     // The status of the first line that failed.
     int callFile()
     {
-        int status = kDone;
+        int status = bench::kDone;
         for (int number = 1; !file.atEnd(); ++number) {
             const QString line = QString::fromUtf8(file.readLine());
             const int lineStatus = callLine(line, QStringLiteral("line %1: ").arg(number));
-            if (status == kDone)
+            if (status == bench::kDone)
                 status = lineStatus;
             const bool goesOn =
-                lineStatus == kDone || (options.keepGoing && lineStatus < kNotThere);
+                lineStatus == bench::kDone || (options.keepGoing && lineStatus < bench::kNotThere);
             if (!goesOn)
                 break;
         }
@@ -103,9 +103,9 @@ private:
         QString error;
         if (!wordsOfLine(line, &words, &error)) {
             complain(place + error);
-            return kUsage;
+            return bench::kUsage;
         }
-        return words.isEmpty() ? kDone : callWords(words, place);
+        return words.isEmpty() ? bench::kDone : callWords(words, place);
     }
 
     int callWords(const QStringList &words, const QString &place)
@@ -114,7 +114,7 @@ private:
         QString error;
         if (!callFromWords(words, &call, &error)) {
             complain(place + error);
-            return kUsage;
+            return bench::kUsage;
         }
         QJsonObject result;
         if (!client.call(call, &result)) {
@@ -126,9 +126,9 @@ private:
             complain(place + call.method
                      + QStringLiteral(": the result cannot be written: %1")
                            .arg(QString::fromLocal8Bit(std::strerror(errno))));
-            return kCallFailed;
+            return bench::kCheckFailed;
         }
-        return kDone;
+        return bench::kDone;
     }
 
     Options options;
@@ -190,21 +190,21 @@ int ctlMain(const QStringList &arguments)
     describe(&parser);
     if (!parser.parse(arguments)) {
         complain(parser.errorText() + QStringLiteral("; see --help"));
-        return kUsage;
+        return bench::kUsage;
     }
     if (parser.isSet(QStringLiteral("help"))) {
         std::printf("%s%s", qPrintable(parser.helpText()), kExamples);
-        return kDone;
+        return bench::kDone;
     }
     if (parser.isSet(QStringLiteral("version"))) {
         std::printf("testmode-ctl %s\n", TESTMODE_VERSION);
-        return kDone;
+        return bench::kDone;
     }
     Options options;
     const QString error = optionsFrom(parser, &options);
     if (!error.isEmpty()) {
         complain(error);
-        return kUsage;
+        return bench::kUsage;
     }
     return Run(options).run();
 }

@@ -2,7 +2,7 @@
 
 #include "dispatcher.h"
 
-#include "bench/bench.h"
+#include "bench/host/bench.h"
 
 #include <memory>
 

@@ -3,7 +3,7 @@
 #include "receiverview.h"
 
 #include "bench/host/host.h"
-#include "bench/preparation.h"
+#include "bench/root/privateroot.h"
 #include "bench/unit/headunit.h"
 #include "gpsservice/gpsservice.h"
 
@@ -131,14 +131,12 @@ void OperatorPanel::sendKey()
 void OperatorPanel::takePicture()
 {
     const QImage picture = bench.host->picture();
-    if (bench.options.pictures.empty()) {
+    if (bench.pictures.isEmpty()) {
         QGuiApplication::clipboard()->setImage(picture);
         result->setText(QStringLiteral("The picture is in the clipboard."));
         return;
     }
-    const QString file = QStringLiteral("%1/unit-%2.png")
-                             .arg(QString::fromStdString(bench.options.pictures))
-                             .arg(++pictures);
+    const QString file = QStringLiteral("%1/unit-%2.png").arg(bench.pictures).arg(++pictures);
     result->setText(picture.save(file) ? file : QStringLiteral("Cannot write %1").arg(file));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/bench.h"
+#include "bench/host/bench.h"
 
 #include <QSplitter>
 

@@ -1,5 +1,7 @@
 #include "failure.h"
 
+#include "exitstatus.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +12,7 @@ namespace bench {
 void fail(const char *what, const std::string &path)
 {
     std::fprintf(stderr, "bench: cannot %s %s: %s\n", what, path.c_str(), std::strerror(errno));
-    std::exit(kInternalFault);
+    std::exit(kFault);
 }
 
 } // namespace bench

@@ -4,10 +4,7 @@
 
 namespace bench {
 
-// Exit status for what is the bench's own fault.
-constexpr int kInternalFault = 70;
-
-// Ends the program: "bench: cannot WHAT PATH: errno's text".
+// Ends the program with kFault: "bench: cannot WHAT PATH: errno's text".
 [[noreturn]] void fail(const char *what, const std::string &path);
 
 } // namespace bench

@@ -1,6 +1,7 @@
 #include "privateroot.h"
 
 #include "bubblewrap.h"
+#include "exitstatus.h"
 #include "failure.h"
 #include "rootcontent.h"
 #include "supervisor.h"
@@ -106,7 +107,7 @@ void enterPrivateRoot(char **argv, const RootLayout &layout)
     const std::string refused = refusal(command);
     if (!refused.empty()) {
         std::fprintf(stderr, "bench: this machine refuses a private root: %s\n", refused.c_str());
-        std::exit(kNoPrivateRoot);
+        std::exit(kPrivateRootRefused);
     }
 
     const std::string mark = newMark();

@@ -24,12 +24,13 @@ struct RootLayout
     bool supervised = false;
 };
 
-// Exit status when the machine refuses a private root.
-constexpr int kNoPrivateRoot = 6;
-
 // Folder of the private root that the bench keeps its own files in; also the
 // working directory of the program inside.
 constexpr char kUnitFolder[] = "/run/unit";
+
+// Where the root shows the update package and the disks on the two USB ports.
+constexpr char kPackageFolder[] = "/media/update";
+constexpr const char *kUsbFolders[2] = {"/media/usb0", "/media/usb1"};
 
 // Folder that holds the program's bin/, lib/, libexec/ and share/.
 std::string installationPrefix();
@@ -41,7 +42,7 @@ bool insidePrivateRoot();
 // Runs the program anew in a private root of its own, with the words of argv as they are,
 // and never returns outside; inside it returns at once, with the unit's device files
 // made. Must be called before any thread is started. Ends the program with
-// kNoPrivateRoot and one line on standard error where the machine refuses.
+// kPrivateRootRefused and one line on standard error where the machine refuses.
 void enterPrivateRoot(char **argv, const RootLayout &layout);
 
 // Readable, inside a supervised root, once the program is asked to end; -1 elsewhere.

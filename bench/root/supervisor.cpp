@@ -1,5 +1,6 @@
 #include "supervisor.h"
 
+#include "exitstatus.h"
 #include "failure.h"
 
 #include <csignal>
@@ -50,7 +51,7 @@ sigset_t watchedSignals()
         std::exit(code);
     std::fprintf(stderr, "bench: the program in the private root was ended by signal %d\n",
                  code - 128);
-    std::exit(kInternalFault);
+    std::exit(kFault);
 }
 
 // Waits for `child`; gives every request to stop to `writer`.

@@ -75,7 +75,7 @@ void TestOperatorPanel::makePanel(const QString &pictures)
 {
     bench::Bench parts;
     parts.host = host.get();
-    parts.options.pictures = pictures.toStdString();
+    parts.pictures = pictures;
     panel = std::make_unique<bench::OperatorPanel>(parts);
 }
 

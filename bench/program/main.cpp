@@ -8,6 +8,7 @@
 
 #include "bench/monitor/monitor.h"
 #include "bench/root/bubblewrap.h"
+#include "bench/root/exitstatus.h"
 
 #include <QApplication>
 

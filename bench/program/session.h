@@ -1,6 +1,8 @@
 #pragma once
 
-#include "bench/bench.h"
+#include "commandline.h"
+
+#include "bench/host/bench.h"
 #include "bench/host/host.h"
 #include "bench/monitor/monitorserver.h"
 #include "bench/receiver/receiver.h"

@@ -1,6 +1,6 @@
 #include "tests/support/unittest.h"
 
-#include "bench/serialdevice.h"
+#include "bench/program/serialdevice.h"
 
 #include <QFile>
 

@@ -6,6 +6,8 @@
 
 #include "bench/monitor/monitor.h"
 #include "bench/panel/operatorwindow.h"
+#include "bench/root/exitstatus.h"
+#include "bench/root/privateroot.h"
 #include "bench/tour/tour.h"
 #include "bench/unit/headunit.h"
 
@@ -87,7 +89,8 @@ int Session::loadPlugin()
 int Session::loadUnitState()
 {
     const bool simulated = options.uart.empty();
-    parts = {&host, simulated ? &receiver : nullptr, &trace, options};
+    parts = {&host, simulated ? &receiver : nullptr, &trace,
+             QString::fromStdString(options.pictures)};
     dispatcher = makeDispatcher(parts, &document);
     connect(dispatcher.get(), &Dispatcher::quitRequested, this, &Session::end,
             Qt::QueuedConnection);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/commandline.h"
+#include <QString>
 
 namespace bench {
 
@@ -8,14 +8,14 @@ class Host;
 class Receiver;
 class TraceLog;
 
-// The parts of a running bench, for the monitor and the tour. Owned by main();
+// The parts of a running bench, for the monitor and the panel. Owned by the session;
 // the receiver is null while a real device stands in its place.
 struct Bench
 {
     Host *host = nullptr;
     Receiver *receiver = nullptr;
     TraceLog *trace = nullptr;
-    CommandLine options; // paths as they are inside the private root
+    QString pictures; // folder of the panel's screenshots, inside the private root; empty: none
 };
 
 } // namespace bench
