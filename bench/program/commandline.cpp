@@ -1,5 +1,6 @@
 #include "commandline.h"
 
+#include <charconv>
 #include <cstring>
 
 #include <getopt.h>
@@ -16,6 +17,7 @@ struct Option
     std::string *(*text)(CommandLine *);
     bool *(*flag)(CommandLine *);
     const char *help;
+    std::vector<std::string> *(*list)(CommandLine *) = nullptr; // the option may come again
 };
 
 const Option kOptions[] = {
@@ -23,13 +25,22 @@ const Option kOptions[] = {
      "run the guided tour, leave its pictures in DIR, end with its result"},
     {"monitor", "SOCKET", [](CommandLine *o) { return &o->monitor; }, nullptr,
      "listen on SOCKET for scripts (JSON-RPC) and run until told to quit"},
+    {"flash", nullptr, nullptr, [](CommandLine *o) { return &o->flash; },
+     "update the receiver through the page, end with its result"},
     {"package", "DIR", [](CommandLine *o) { return &o->package; }, nullptr,
      "the update package; default: the sample package"},
     {"usb0", "DIR", [](CommandLine *o) { return &o->usb[0]; }, nullptr,
      "a folder that stands for the disk on USB port 0; default: no disk"},
     {"usb1", "DIR", [](CommandLine *o) { return &o->usb[1]; }, nullptr, "the same for port 1"},
-    {"uart", "DEVICE", [](CommandLine *o) { return &o->uart; }, nullptr,
-     "a real serial device in place of the simulated receiver"},
+    {"uart", "DEVICE", nullptr, nullptr, "a real serial device in place of the simulated receiver",
+     [](CommandLine *o) { return &o->uarts; }},
+    {"attempts", "N", [](CommandLine *o) { return &o->attempts; }, nullptr,
+     "with --flash: try N times at most, each from the reset; default: 1"},
+    {"format", "FORMAT", [](CommandLine *o) { return &o->format; }, nullptr,
+     "with --flash: text, or json, one object a line; default: text"},
+    {"log", "FILE", [](CommandLine *o) { return &o->log; }, nullptr,
+     "with --flash: the trace goes to the end of FILE; default: a new\n"
+     "file in ~/.local/state/testmode-bench"},
     {"unit", "FILE", [](CommandLine *o) { return &o->unit; }, nullptr,
      "the simulated unit's state at the start (JSON)"},
     {"plugin", "FILE", [](CommandLine *o) { return &o->plugin; }, nullptr,
@@ -48,6 +59,23 @@ const Option kOptions[] = {
 
 constexpr char kSeeHelp[] = "; --help lists what there is";
 
+// What cannot be asked for together, or of a value that is none; empty: nothing.
+std::string contradiction(const CommandLine &options)
+{
+    if (options.flash && !options.tour.empty())
+        return "--flash and --tour exclude each other; choose one";
+    if (!options.flash
+        && (!options.log.empty() || !options.format.empty() || !options.attempts.empty()))
+        return "--attempts, --format and --log need --flash";
+    if (options.uarts.size() > 1)
+        return "--uart is given twice; a bench has one receiver";
+    if (!options.format.empty() && options.format != "text" && options.format != "json")
+        return "--format is " + options.format + "; wanted is text or json";
+    if (!options.attempts.empty() && options.attemptCount() == 0)
+        return "--attempts is " + options.attempts + "; wanted is a whole number from 1 to 100";
+    return std::string();
+}
+
 std::vector<option> tableForGetopt()
 {
     std::vector<option> table;
@@ -59,6 +87,17 @@ std::vector<option> tableForGetopt()
 }
 
 } // namespace
+
+int CommandLine::attemptCount() const
+{
+    constexpr int kMost = 100;
+    if (attempts.empty())
+        return 1;
+    int count = 0;
+    const char *end = attempts.data() + attempts.size();
+    const auto [rest, error] = std::from_chars(attempts.data(), end, count);
+    return error == std::errc() && rest == end && count >= 1 && count <= kMost ? count : 0;
+}
 
 bool parseCommandLine(int argc, char **argv, CommandLine *options, std::string *error)
 {
@@ -85,6 +124,8 @@ bool parseCommandLine(int argc, char **argv, CommandLine *options, std::string *
         } else if (*::optarg == '\0') {
             *error = std::string("--") + entry.name + " needs a value" + kSeeHelp;
             return false;
+        } else if (entry.list != nullptr) {
+            entry.list(options)->push_back(::optarg);
         } else {
             *entry.text(options) = ::optarg;
         }
@@ -93,7 +134,8 @@ bool parseCommandLine(int argc, char **argv, CommandLine *options, std::string *
         *error = std::string(argv[optind]) + " belongs to no option" + kSeeHelp;
         return false;
     }
-    return true;
+    *error = contradiction(*options);
+    return error->empty();
 }
 
 std::vector<std::string> commandLineWords(const CommandLine &options)
@@ -105,6 +147,9 @@ std::vector<std::string> commandLineWords(const CommandLine &options)
         if (entry.value == nullptr) {
             if (*entry.flag(&copy))
                 words.push_back(name);
+        } else if (entry.list != nullptr) {
+            for (const std::string &value : *entry.list(&copy))
+                words.push_back(name + "=" + value);
         } else if (!entry.text(&copy)->empty()) {
             words.push_back(name + "=" + *entry.text(&copy));
         }
@@ -122,16 +167,24 @@ std::string helpText()
         if (entry.value != nullptr)
             line += std::string(" ") + entry.value;
         line.resize(kColumn, ' ');
-        text += line + entry.help + "\n";
+        for (const char c : std::string(entry.help) + "\n") {
+            line += c;
+            if (c == '\n') {
+                text += line;
+                line.assign(kColumn, ' ');
+            }
+        }
     }
     return text
-        + "\nWithout a display, --tour or --monitor is needed.\n"
+        + "\nWithout a display, --flash, --tour or --monitor is needed.\n"
           "\nExamples:\n"
           "  testmode-bench                          the unit on the screen, to be used by hand\n"
           "  testmode-bench --tour pictures          prove the whole and leave pictures\n"
           "  testmode-bench --usb0 stick --package firmware\n"
           "                                          with a disk and a package of your own\n"
-          "  testmode-bench --uart /dev/ttyUSB0      flash a real receiver\n"
+          "  testmode-bench --flash --package firmware --uart /dev/ttyUSB0\n"
+          "                                          update a real receiver from the terminal\n"
+          "  testmode-bench --uart /dev/ttyUSB0      the same by hand, on the update page\n"
           "  testmode-bench --monitor bench.socket   to be driven by scripts\n"
           "\nExit status: 0 done, 1 a check failed, 2 usage, 3 a named file or device is not\n"
           "there or cannot be used, 5 timed out, 6 the machine gives no private root,\n"

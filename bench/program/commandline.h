@@ -12,14 +12,25 @@ struct CommandLine
     std::string monitor; // path of the control socket
     std::string package; // folder with the update package
     std::string usb[2];  // folders that stand for the disks on the two ports
-    std::string uart;    // a real serial device in place of the simulated receiver
     std::string unit;    // file with the simulated unit's state
     std::string plugin;
-    std::string pictures;   // folder for the panel's screenshots
-    bool fullSpeed = false; // the receiver answers without keeping to the line rate
-    bool trace = false;     // the plug-in's trace goes to standard error
+    std::string pictures;           // folder for the panel's screenshots
+    std::string log;                // of --flash: file that takes the trace
+    std::string format;             // of --flash: "text" or "json"
+    std::string attempts;           // of --flash: how often at most an update is tried
+    std::vector<std::string> uarts; // real serial devices in place of the simulated receiver
+    bool flash = false;             // update the receiver, then end
+    bool fullSpeed = false;         // the receiver answers without keeping to the line rate
+    bool trace = false;             // the plug-in's trace goes to standard error
     bool help = false;
     bool version = false;
+
+    // The one device of a bench; empty: the simulated receiver. Several are a bench each.
+    std::string uart() const { return uarts.empty() ? std::string() : uarts.front(); }
+    // 0: no number of attempts.
+    int attemptCount() const;
+    // Somebody other than a person at the window drives the bench.
+    bool isDriven() const { return flash || !tour.empty() || !monitor.empty(); }
 };
 
 // Reads the words of the command line. False, with one line that names the word and

@@ -26,14 +26,16 @@ namespace {
 // Outside: everything that can be refused is refused before anything is made.
 int prepare(CommandLine *options, RootLayout *layout)
 {
-    if (options->tour.empty() && options->monitor.empty() && !hasDisplay())
-        return complain("there is no display; use --tour DIR or --monitor SOCKET", kUsage);
+    if (!options->isDriven() && !hasDisplay())
+        return complain("there is no display; use --flash, --tour DIR or --monitor SOCKET", kUsage);
     std::string error;
     return prepareRoot(options, layout, &error) ? kDone : complain(error, kNotThere);
 }
 
 int runInside(const CommandLine &options)
 {
+    if (options.flash)
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 1); // nothing is to be seen
     choosePlatform();
     char name[] = "testmode-bench";
     char *words[] = {name, nullptr}; // Qt takes none of the user's
@@ -44,8 +46,8 @@ int runInside(const CommandLine &options)
     applyAppearance();
     if (hasDisplay() && !isOnDisplay()) {
         const std::string line = "the display cannot be opened; see to DISPLAY";
-        if (options.tour.empty() && options.monitor.empty())
-            return complain(line + ", or use --tour DIR or --monitor SOCKET", kUsage);
+        if (!options.isDriven())
+            return complain(line + ", or use --flash, --tour DIR or --monitor SOCKET", kUsage);
         remark(line + "; going on without");
     }
     return Session(options).run();

@@ -5,9 +5,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <system_error>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace bench {
@@ -114,6 +116,38 @@ std::string socketPath(const std::string &path)
     return writableFolder("monitor", folder);
 }
 
+// Where programs keep what a person may want to read later.
+std::string defaultLogFile(const std::string &uart)
+{
+    const char *state = std::getenv("XDG_STATE_HOME");
+    const char *home = std::getenv("HOME");
+    const fs::path folder = state != nullptr && *state == '/'
+        ? fs::path(state)
+        : fs::path(home != nullptr ? home : ".") / ".local/state";
+    char time[32];
+    const std::time_t now = std::time(nullptr);
+    std::strftime(time, sizeof time, "%Y%m%d-%H%M%S", std::localtime(&now));
+    const std::string receiver = uart.empty() ? "simulated" : fs::path(uart).filename().string();
+    return folder / "testmode-bench" / (std::string("flash-") + time + "-" + receiver + ".log");
+}
+
+// Made if it is not there yet, with its folder.
+std::string logFile(const std::string &path)
+{
+    std::error_code ignored;
+    if (fs::exists(path, ignored) && !fs::is_regular_file(path, ignored))
+        return about("log", path) + " is no file; name another";
+    if (belongsToRoot(path))
+        return about("log", path) + " is the system's; name a file of your own";
+    fs::create_directories(fs::path(path).parent_path(), ignored);
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    if (file < 0)
+        return about("log", path) + " cannot be written (" + std::strerror(errno)
+            + "); name another file";
+    ::close(file);
+    return std::string();
+}
+
 std::string package(const std::string &path)
 {
     const char *cure = "name a folder with an update package";
@@ -137,6 +171,8 @@ void fillInDefaults(CommandLine *options)
     const std::string sample = prefix + "/share/headunit/package";
     if (options->package.empty() && fs::exists(sample))
         options->package = sample;
+    if (options->flash && options->log.empty())
+        options->log = defaultLogFile(options->uart());
 }
 
 std::string checkInputs(const CommandLine &options)
@@ -152,8 +188,8 @@ std::string checkInputs(const CommandLine &options)
     }
     if (trouble.empty() && !options.unit.empty())
         trouble = readableFile("unit", options.unit, "name a file with the unit's state");
-    if (trouble.empty() && !options.uart.empty()) {
-        trouble = claimSerialDevice(options.uart);
+    if (trouble.empty() && !options.uarts.empty()) {
+        trouble = claimSerialDevice(options.uart());
         if (!trouble.empty())
             trouble = "--uart: " + trouble;
     }
@@ -172,21 +208,23 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
 {
     fillInDefaults(options);
     for (std::string *path :
-         {&options->tour, &options->pictures, &options->monitor, &options->package,
+         {&options->tour, &options->pictures, &options->log, &options->monitor, &options->package,
           &options->usb[0], &options->usb[1], &options->unit, &options->plugin})
         *path = path->empty() ? *path : absolute(*path);
-    if (!options->uart.empty()) {
+    for (std::string &uart : options->uarts) {
         std::error_code missing;
-        const fs::path device = fs::canonical(options->uart, missing); // by-id names are links
-        options->uart = missing ? absolute(options->uart) : device.string();
+        const fs::path device = fs::canonical(uart, missing); // by-id names are links
+        uart = missing ? absolute(uart) : device.string();
     }
 
     *error = checkInputs(*options);
+    if (error->empty() && options->flash)
+        *error = logFile(options->log);
     if (!error->empty())
         return false;
 
     layout->supervised = true;
-    layout->uart = options->uart;
+    layout->uart = options->uart();
     layout->readOnly.push_back({options->plugin, options->plugin});
     if (!options->unit.empty())
         layout->readOnly.push_back({options->unit, options->unit});
@@ -200,6 +238,8 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
         if (!folder.empty())
             layout->writable.push_back(folder);
     }
+    if (options->flash)
+        layout->writable.push_back(options->log);
     if (!options->monitor.empty())
         layout->writable.push_back(fs::path(options->monitor).parent_path().string());
     return true;

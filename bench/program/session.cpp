@@ -4,6 +4,9 @@
 #include "complaint.h"
 #include "preparation.h"
 
+#include "bench/flash/flashrun.h"
+#include "bench/flash/report.h"
+#include "bench/flash/terminal.h"
 #include "bench/monitor/monitor.h"
 #include "bench/panel/operatorwindow.h"
 #include "bench/root/exitstatus.h"
@@ -49,16 +52,17 @@ int Session::run()
     host.home();
     showScreen();
     startTour();
+    startFlash();
 
     const int status = QApplication::exec();
-    if (tour && tour->isRunning())
-        leaveTourBehind(status);
+    if ((tour && tour->isRunning()) || (flash && flash->isRunning()))
+        leaveDriverBehind(status);
     return status;
 }
 
 int Session::attachReceiver()
 {
-    if (!options.uart.empty()) {
+    if (!options.uarts.empty()) {
         remark("--uart: the bench cannot drive the reset line of a real receiver; reset it by "
                "hand when the update begins");
         return kDone;
@@ -88,7 +92,7 @@ int Session::loadPlugin()
 // The state from the file, with what the command line attaches to it.
 int Session::loadUnitState()
 {
-    const bool simulated = options.uart.empty();
+    const bool simulated = options.uarts.empty();
     parts = {&host, simulated ? &receiver : nullptr, &trace,
              QString::fromStdString(options.pictures)};
     dispatcher = makeDispatcher(parts, &document);
@@ -133,7 +137,7 @@ void Session::showScreen()
         return;
     }
     // By hand the status page is alive; a script says itself what the receiver sees.
-    if (options.tour.empty() && options.monitor.empty() && options.unit.empty())
+    if (!options.isDriven() && options.unit.empty())
         unit().followSky(true);
     operatorWindow = std::make_unique<OperatorWindow>(parts);
     operatorWindow->show();
@@ -152,8 +156,26 @@ void Session::startTour()
     tour->start();
 }
 
+// So does an update without a window.
+void Session::startFlash()
+{
+    if (!options.flash)
+        return;
+    const FlashOrder order = {QString::fromStdString(options.uart()),
+                              QString::fromStdString(options.package),
+                              QString::fromStdString(options.log), options.attemptCount()};
+    report = makeReport({takeStandardOutput(), {order.uart}, options.format == "json"});
+    flash = std::make_unique<FlashRun>(dispatcher.get(), order,
+                                       [this](const Event &event) { report->take(0, event); });
+    connect(flash.get(), &FlashRun::finished, this, [this] {
+        flash->wait();
+        QCoreApplication::exit(flash->succeeded() ? kDone : kCheckFailed);
+    });
+    flash->start();
+}
+
 // It waits in its thread for an answer that nobody gives any more.
-void Session::leaveTourBehind(int status)
+void Session::leaveDriverBehind(int status)
 {
     host.destroyWindow();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -161,10 +183,14 @@ void Session::leaveTourBehind(int status)
     ::_exit(status);
 }
 
-// A tour that was cut short has not succeeded.
+// A tour that was cut short has not succeeded. A flash knows itself what it has to end.
 void Session::end()
 {
     stopRequests.setEnabled(false);
+    if (flash && flash->isRunning()) {
+        flash->askToStop();
+        return;
+    }
     QCoreApplication::exit(options.tour.empty() ? kDone : kCheckFailed);
 }
 

@@ -17,11 +17,13 @@
 
 namespace bench {
 
+class FlashRun;
 class OperatorWindow;
+class Report;
 class Tour;
 
 // One run of the bench inside the private root: switches the unit on with what the
-// command line attaches to it, and runs until the tour ends, a script says so, the
+// command line attaches to it, and runs until the tour or the flash ends, a script says so, the
 // window is closed or the process is asked to stop. GUI thread; owns all parts.
 class Session : public QObject
 {
@@ -44,7 +46,8 @@ private:
     void attachNamedFolders();
     void showScreen();
     void startTour();
-    [[noreturn]] void leaveTourBehind(int status);
+    void startFlash();
+    [[noreturn]] void leaveDriverBehind(int status);
     void end();
 
     CommandLine options;
@@ -56,6 +59,8 @@ private:
     std::unique_ptr<Dispatcher> dispatcher;
     std::unique_ptr<MonitorServer> monitor;
     std::unique_ptr<Tour> tour;
+    std::unique_ptr<Report> report; // of the flash
+    std::unique_ptr<FlashRun> flash;
     std::unique_ptr<OperatorWindow> operatorWindow;
     QSocketNotifier stopRequests;
 };

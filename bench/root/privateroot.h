@@ -15,7 +15,7 @@ struct RootLayout
         std::string target; // created if need be
     };
 
-    std::vector<std::string> writable; // folders that stay writable under their own name
+    std::vector<std::string> writable; // folders and files that stay so under their own name
     std::vector<Mount> readOnly;       // files and folders shown elsewhere: disks, the package
     std::string uart;                  // a serial device to show as /dev/ttyS4; empty: none
 

@@ -1,11 +1,11 @@
 #include "tour.h"
 
+#include "bench/flash/terminal.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 
 #include <cstdio>
-
-#include <unistd.h>
 
 namespace bench {
 
@@ -16,17 +16,6 @@ struct StepFailed
 {
     QString why;
 };
-
-// Standard output for the tour alone: what the plug-in prints of its own goes
-// to standard error from here on.
-std::FILE *takeStandardOutput()
-{
-    std::fflush(stdout);
-    const int own = ::dup(STDOUT_FILENO);
-    if (own < 0 || ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
-        return stdout;
-    return ::fdopen(own, "w");
-}
 
 QString compact(const QJsonValue &value)
 {

@@ -1,37 +1,15 @@
 #include "tour.h"
 
-#include <QCryptographicHash>
+#include "bench/flash/flashcomparison.h"
+
 #include <QJsonArray>
 
 namespace bench {
 
 namespace {
 
-struct Image
-{
-    const char *file;
-    quint32 address; // in the receiver's flash
-};
-
-const Image kImages[] = {
-    {"bootloader.bin", 0x08030000},
-    {"partition_table.bin", 0x08000000},
-    {"gnss_demo.bin", 0x08013000},
-    {"gnss_config.bin", 0x083FF000},
-};
-
 // A byte on the line is ten bits.
 constexpr double kLineBytesPerSecond = 921600 / 10.0;
-
-QString sha256(const QByteArray &bytes)
-{
-    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
-}
-
-QByteArray decoded(const QJsonValue &base64)
-{
-    return QByteArray::fromBase64(base64.toString().toLatin1());
-}
 
 } // namespace
 
@@ -110,24 +88,13 @@ QString Tour::imageRate()
 QString Tour::compareFlash()
 {
     QString seen;
-    for (const Image &image : kImages) {
-        const QString name = QString::fromLatin1(image.file);
-        const QByteArray file =
-            decoded(call(QStringLiteral("unit.file.read"), {{"path", "/media/update/" + name}})
-                        .toObject()
-                        .value("base64"));
-        const QByteArray flash =
-            decoded(call(QStringLiteral("receiver.flash"),
-                         {{"address", static_cast<double>(image.address)}, {"length", file.size()}})
-                        .toObject()
-                        .value("base64"));
+    for (const ImageComparison &image : bench::compareFlash(&caller)) {
         seen += QStringLiteral("\n        0x%1 %2 %3 bytes\n          file  %4\n          flash %5")
                     .arg(image.address, 8, 16, QLatin1Char('0'))
-                    .arg(name)
-                    .arg(file.size())
-                    .arg(sha256(file), sha256(flash));
-        expect(!file.isEmpty() && file == flash,
-               QStringLiteral("the flash differs from %1%2").arg(name, seen));
+                    .arg(image.name)
+                    .arg(image.bytes)
+                    .arg(image.fileSum, image.flashSum);
+        expect(image.equal, QStringLiteral("the flash differs from %1%2").arg(image.name, seen));
     }
     return QStringLiteral("equal, SHA-256 of both:") + seen;
 }

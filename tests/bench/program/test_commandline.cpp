@@ -424,7 +424,7 @@ void TestCommandLine::withoutDisplayItSaysWhatToDo()
     const Outcome outcome = run({});
     QCOMPARE(outcome.status, 2);
     QCOMPARE(outcome.errors,
-             QByteArray("testmode-bench: there is no display; use --tour DIR or "
+             QByteArray("testmode-bench: there is no display; use --flash, --tour DIR or "
                         "--monitor SOCKET\n"));
 }
 
@@ -436,7 +436,7 @@ void TestCommandLine::displayThatCannotBeOpenedIsOneLine()
     QCOMPARE(outcome.status, 2);
     QCOMPARE(outcome.errors,
              QByteArray("testmode-bench: the display cannot be opened; see to DISPLAY, or use "
-                        "--tour DIR or --monitor SOCKET\n"));
+                        "--flash, --tour DIR or --monitor SOCKET\n"));
 }
 
 void TestCommandLine::refusedRootIsOneLine_data()

@@ -1,0 +1,71 @@
+#include "report.h"
+
+namespace bench {
+
+namespace {
+
+QString thousands(double bytes)
+{
+    return QString::number(bytes / 1000.0, 'f', bytes < 100000.0 ? 1 : 0);
+}
+
+// What a technician is told beside the page's own words.
+QString cureOf(const QString &boxText)
+{
+    if (boxText == QStringLiteral("打开串口失败"))
+        return QStringLiteral(" (the port could not be opened)");
+    if (boxText.startsWith(QLatin1String("Not open ")))
+        return QStringLiteral(" (a file of the package cannot be read)");
+    return QString();
+}
+
+QString failureLine(const Event &failure)
+{
+    const QString said = failure.value("said").toString();
+    return QStringLiteral("FAILED: ") + failure.value("text").toString()
+        + (said.isEmpty() ? QString() : QStringLiteral("; it said: ") + said);
+}
+
+QString resultLine(const Event &result)
+{
+    const int attempts = result.value("attempts").toInt();
+    QString line =
+        result.value("ok").toBool() ? QStringLiteral("succeeded") : QStringLiteral("NOT flashed");
+    if (attempts > 1)
+        line += QStringLiteral(" in attempt %1").arg(attempts);
+    return line;
+}
+
+} // namespace
+
+QString wordsOf(const Event &event)
+{
+    const QString kind = event.value("kind").toString();
+    if (kind == QLatin1String("failure"))
+        return failureLine(event);
+    if (kind == QLatin1String("result"))
+        return resultLine(event);
+    if (kind == QLatin1String("message"))
+        return QStringLiteral("the page says: ") + event.value("text").toString()
+            + cureOf(event.value("text").toString());
+    if (kind == QLatin1String("attempt"))
+        return event.value("of").toInt() > 1 ? QStringLiteral("attempt %1 of %2")
+                                                   .arg(event.value("attempt").toInt())
+                                                   .arg(event.value("of").toInt())
+                                             : QString();
+    if (kind == QLatin1String("progress"))
+        return progressWords(event);
+    return event.value("text").toString();
+}
+
+QString progressWords(const Event &progress)
+{
+    return QStringLiteral("%1 %  %2 of %3 kB  %4 kB/s  %5 s left")
+        .arg(progress.value("percent").toInt(), 3)
+        .arg(thousands(progress.value("bytes").toDouble()),
+             thousands(progress.value("total").toDouble()),
+             thousands(progress.value("bytes_per_second").toDouble()))
+        .arg(progress.value("seconds_left").toDouble(), 0, 'f', 0);
+}
+
+} // namespace bench
