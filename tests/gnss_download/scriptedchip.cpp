@@ -144,8 +144,8 @@ void ScriptedChip::give(uint8_t *buffer, uint32_t count, quint32 polls)
     }
     if (given == 0) {
         unanswered << polls;
-        if (restMicroseconds > 0)
-            QThread::usleep(restMicroseconds);
+        if (takesTime)
+            QThread::msleep(polls);
     }
     // The transport turns the bytes round also when none came.
     std::reverse(buffer, buffer + count);

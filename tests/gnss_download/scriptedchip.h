@@ -5,7 +5,7 @@
 // repeat(dialogue)    said again and again once the played one is over        nothing follows
 // goSilentAt(step)    from that step's first answer on nothing comes, and what is sent is only kept
 // opens = false       the port cannot be opened                               it can
-// restMicroseconds    what a read without an answer takes                     0
+// takesTime = true    a read without an answer lasts a millisecond a poll     no time
 
 #include "dialogue.h"
 
@@ -24,8 +24,7 @@ class ugrade_thread;
 namespace tests {
 
 // Stands in for transport and receiver on a worker's hdl_uart_* signals: works
-// in the thread that emits, and a time-out takes no time. Read its record when
-// the worker is at rest; sent() at any time.
+// in the thread that emits. Read its record when the worker is at rest; sent() at any time.
 class ScriptedChip : public QObject
 {
     Q_OBJECT
@@ -37,7 +36,7 @@ public:
     void repeat(const Dialogue &dialogue) { repeated = dialogue.frames(); }
     void goSilentAt(const QString &step) { silentStep = step; }
     bool opens = true;
-    unsigned long restMicroseconds = 0;
+    bool takesTime = false;
 
     // Empty when the whole dialogue went as written; otherwise what did not.
     QString verdict() const;

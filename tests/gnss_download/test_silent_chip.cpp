@@ -1,5 +1,6 @@
 #include "link.h"
 
+#include "tests/support/clock/virtualclock.h"
 #include "tests/support/unittest.h"
 
 #include <QSignalSpy>
@@ -7,9 +8,8 @@
 using tests::Dialogue;
 using tests::Link;
 
-// A chip that falls silent, at every step of an update: the update ends, says
-// that it failed, and takes its leave of the line. The first row takes the
-// sync's own 28 seconds.
+// A chip that falls silent, at every step of an update: the update ends after exactly the
+// dialogue's time-outs, says that it failed, and takes its leave of the line.
 class TestSilentChip : public tests::UnitTest
 {
     Q_OBJECT
@@ -17,6 +17,7 @@ class TestSilentChip : public tests::UnitTest
 private slots:
     void updateEndsAndTakesItsLeave_data();
     void updateEndsAndTakesItsLeave();
+    void silenceFromTheBeginningTakes106Seconds();
 };
 
 void TestSilentChip::updateEndsAndTakesItsLeave_data()
@@ -32,15 +33,14 @@ void TestSilentChip::updateEndsAndTakesItsLeave()
     QFETCH(QString, step);
     downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
                     "\xC0\xC1\xC2"};
+    const tests::VirtualClock clock;
     Link link(Dialogue::read(tests::fixture("good_dialogue.txt")));
     link.chip.goSilentAt(step);
-    link.chip.restMicroseconds = 200;
+    link.chip.takesTime = true;
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
     QSignalSpy reset(&link.worker, &ugrade_thread::signals_reset_success);
-    QElapsedTimer clock;
-    clock.start();
     link.worker.start();
-    QVERIFY(link.worker.wait(60000));
+    QVERIFY(link.worker.wait());
 
     // Only what follows the last image is not asked about.
     const bool written = step == "disconnect" || step == "finish";
@@ -53,12 +53,33 @@ void TestSilentChip::updateEndsAndTakesItsLeave()
     QVERIFY(link.chip.sent().endsWith(tests::bytesOf("A5 D9 00")));
     QCOMPARE(link.chip.lineEvents().last(), QString("close"));
     QCOMPARE(reset.isEmpty(), step.startsWith("sync"));
-    if (step == "sync 1") {
-        // Four attempts of five seconds, each with a rest of two.
-        QVERIFY(clock.elapsed() >= 4 * (5000 + 1995) && clock.elapsed() < 4 * (5000 + 4000));
-        QCOMPARE(trace().lines().filter("hdl_brom_start 0x0A ->(error) 0x00, retry").size(), 4);
-        QVERIFY(trace().lines().contains("hdl_connect fail"));
-    }
+
+    // Beside the silence: the reset, a rest after each failed sync, two around the switch of the
+    // rate, and one after each packet.
+    qint64 unanswered = 0;
+    for (const quint32 polls : link.chip.unansweredPolls())
+        unanswered += polls;
+    const auto times = [this](const char *text) { return trace().lines().filter(text).size(); };
+    QCOMPARE(qint64(clock.milliseconds()),
+             unanswered + 100 + 2000 * times("->(error)")
+                 + 200 * link.chip.lineEvents().contains("baud 921600")
+                 + 3 * times("hdl_wirte_packet success"));
+}
+
+// Four attempts of five seconds, each with one more byte and a rest of two seconds; then the
+// registers, the status after them and the leave-taking, of three seconds a read.
+void TestSilentChip::silenceFromTheBeginningTakes106Seconds()
+{
+    const tests::VirtualClock clock;
+    Link link(Dialogue::read(tests::fixture("good_dialogue.txt")));
+    link.chip.goSilentAt("sync 1");
+    link.chip.takesTime = true;
+    link.worker.start();
+    QVERIFY(link.worker.wait());
+    QCOMPARE(clock.milliseconds(), 100 + 4 * (5000 + 5 + 2000) + (5 * 4 + 1 + 3 + 2) * 3000);
+    QVERIFY(link.chip.sent().startsWith(QByteArray(1000, '\xA0') + '\x0A' + '\xA0'));
+    QCOMPARE(trace().lines().filter("hdl_brom_start 0x0A ->(error) 0x00, retry").size(), 4);
+    QVERIFY(trace().lines().contains("hdl_connect fail"));
 }
 
 TESTMODE_TEST_MAIN(TestSilentChip)
