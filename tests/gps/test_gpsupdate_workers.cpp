@@ -1,4 +1,5 @@
 #include "refusingchip.h"
+#include "tests/support/clock/virtualclock.h"
 #include "tests/support/connectionlog.h"
 #include "tests/support/unittest.h"
 
@@ -14,15 +15,20 @@
 #include <QRegularExpression>
 #include <QTextBrowser>
 
+#include <optional>
+
 using bench::journal;
 using testmode::gpsupdate;
 using tests::RefusingChip;
+using tests::VirtualClock;
 
 namespace {
 
-// A refused update takes less than a second, one that misses the sync's time-outs on a machine
-// under load some more.
-constexpr int kUpdateMilliseconds = 60000;
+// A refused update takes less than a second, one whose port cannot be opened two time-outs of
+// three.
+constexpr int kUpdateMilliseconds = 10000;
+
+constexpr int kTestAndChip = 2; // threads, while no update runs
 
 template <typename Widget>
 Widget *part(const gpsupdate &page, const char *name)
@@ -45,11 +51,6 @@ void pressStart(const gpsupdate &page)
     QTest::mouseClick(part<QPushButton>(page, "pushButton_3"), Qt::LeftButton);
 }
 
-int threadsOfTheProcess()
-{
-    return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
-}
-
 } // namespace
 
 // The update page with workers, each of which is refused by the chip within a second.
@@ -60,6 +61,7 @@ class TestGpsUpdateWorkers : public tests::UnitTest
 private slots:
     void initTestCase();
     void init();
+    void cleanup();
 
     void workerIsConnectedInOrderAndStartedAtTopPriority();
     void startShowsThatAnUpdateRuns();
@@ -78,7 +80,7 @@ private slots:
     void workerStartedTwiceDoesNoHarm();
 
 private:
-    int idleThreads = 0;
+    std::optional<VirtualClock> clock;
 };
 
 void TestGpsUpdateWorkers::initTestCase()
@@ -89,10 +91,6 @@ void TestGpsUpdateWorkers::initTestCase()
         icon.fill(QColor(name));
         QVERIFY(icon.save(QStringLiteral("ICO/%1.png").arg(name)));
     }
-    // Threads that Qt starts with the first window are not the update's.
-    gpsupdate page;
-    page.show();
-    idleThreads = threadsOfTheProcess();
 }
 
 void TestGpsUpdateWorkers::init()
@@ -102,8 +100,13 @@ void TestGpsUpdateWorkers::init()
     br.clear();
     com_set = config();
     downloadfile = {"boot", "partition", "application", "configuration"};
-    // The kernel lists a thread for a moment longer than it runs.
-    QTRY_COMPARE(threadsOfTheProcess(), idleThreads);
+    clock.emplace();
+}
+
+void TestGpsUpdateWorkers::cleanup()
+{
+    clock.reset(); // no worker is left over
+    UnitTest::cleanup();
 }
 
 void TestGpsUpdateWorkers::workerIsConnectedInOrderAndStartedAtTopPriority()
@@ -200,7 +203,7 @@ void TestGpsUpdateWorkers::refusedUpdateEndsRed()
              (QStringList{"PlatformService.setGPSResetGPIO(true)",
                           "PlatformService.setGPSResetGPIO(false)"}));
     QVERIFY(chip.received().endsWith(QByteArray("\xa5\xd9\0", 3))); // taken leave of
-    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1,
+    QTRY_COMPARE_WITH_TIMEOUT(VirtualClock::threads(), kTestAndChip,
                               kUpdateMilliseconds); // the chip's own
 }
 
@@ -291,7 +294,7 @@ void TestGpsUpdateWorkers::resultsAreKeptAcrossPages()
     QCOMPARE(part<QProgressBar>(later, "progressBar")->value(), 0);
     later.show_result("/dev/ttyS8", true);
     QCOMPARE(part<QProgressBar>(later, "progressBar")->value(), 100);
-    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1, kUpdateMilliseconds);
+    QTRY_COMPARE_WITH_TIMEOUT(VirtualClock::threads(), kTestAndChip, kUpdateMilliseconds);
 }
 
 // A report that comes while the worker still runs waits for it, and does not abort the process.
@@ -302,7 +305,7 @@ void TestGpsUpdateWorkers::earlierReportStopsTheWorker()
     pressStart(page);
     QTRY_VERIFY(!chip.received().isEmpty());
     page.show_result("/dev/ttyS4", true);
-    QTRY_COMPARE(threadsOfTheProcess(), idleThreads + 1);
+    QTRY_COMPARE(VirtualClock::threads(), kTestAndChip);
     QVERIFY(startEnabled(page));
     pressStart(page);
     QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
@@ -318,7 +321,7 @@ void TestGpsUpdateWorkers::olderCompletionSlotEndsTheWorker()
     page.thend("done", "/dev/ttyS4");
     QVERIFY(startEnabled(page));
     QCOMPARE(part<QProgressBar>(page, "progressBar")->value(), 100);
-    QTRY_COMPARE(threadsOfTheProcess(), idleThreads + 1);
+    QTRY_COMPARE(VirtualClock::threads(), kTestAndChip);
 }
 
 void TestGpsUpdateWorkers::hiddenPageIsToldTheResult()
@@ -340,10 +343,10 @@ void TestGpsUpdateWorkers::workerOutlivesItsPageAndGoesByItself()
     pressStart(*page);
     QTRY_VERIFY(!chip.received().isEmpty());
     delete page;
-    QVERIFY(threadsOfTheProcess() > idleThreads + 1);
+    QVERIFY(VirtualClock::threads() > kTestAndChip);
     QTRY_VERIFY_WITH_TIMEOUT(chip.received().endsWith(QByteArray("\xa5\xd9\0", 3)),
                              kUpdateMilliseconds); // not cut short
-    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1, kUpdateMilliseconds);
+    QTRY_COMPARE_WITH_TIMEOUT(VirtualClock::threads(), kTestAndChip, kUpdateMilliseconds);
 }
 
 void TestGpsUpdateWorkers::workerStartedTwiceDoesNoHarm()
@@ -355,7 +358,7 @@ void TestGpsUpdateWorkers::workerStartedTwiceDoesNoHarm()
     page.on_pushButton_3_clicked();
     QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
     QCOMPARE(logLines(page).filter("failed").size(), 2);
-    QTRY_COMPARE_WITH_TIMEOUT(threadsOfTheProcess(), idleThreads + 1, kUpdateMilliseconds);
+    QTRY_COMPARE_WITH_TIMEOUT(VirtualClock::threads(), kTestAndChip, kUpdateMilliseconds);
 }
 
 TESTMODE_TEST_MAIN(TestGpsUpdateWorkers)

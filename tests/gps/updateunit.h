@@ -2,6 +2,7 @@
 
 #include "bench/receiver/receiver.h"
 #include "plugin/plugin.h"
+#include "tests/support/clock/virtualclock.h"
 
 #include <QByteArray>
 #include <QPointer>
@@ -11,7 +12,9 @@
 namespace tests {
 
 // A unit with the simulated receiver at /dev/ttyS4 and the sample package, and the plug-in's window
-// on its screen. Everything is pressed and read where a technician would. GUI thread.
+// on its screen. Everything is pressed and read where a technician would. Receiver, worker and
+// transport live on a clock of their own: an update takes the dialogue's pauses, on any machine. GUI
+// thread.
 class UpdateUnit : public QObject
 {
     Q_OBJECT
@@ -20,6 +23,7 @@ public:
     UpdateUnit();
     ~UpdateUnit() override;
 
+    VirtualClock clock; // outlives every thread of the unit
     bench::Receiver receiver;
 
     // The framework's part: onCreate puts the window on the screen, onDestroy takes it away.

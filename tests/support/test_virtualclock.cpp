@@ -251,6 +251,7 @@ void TestVirtualClock::waitForAnotherThreadTakesWhatThatTakes_data()
     QTest::addColumn<QString>("how");
     QTest::newRow("blocking call") << "call";
     QTest::newRow("its end") << "end";
+    QTest::newRow("its end, joined") << "join";
     QTest::newRow("mutex that it holds") << "mutex";
     QTest::newRow("event loop") << "loop";
 }
@@ -271,6 +272,11 @@ void TestVirtualClock::waitForAnotherThreadTakesWhatThatTakes()
             },
             Qt::QueuedConnection);
         other.thread.wait();
+    } else if (how == "join") {
+        std::thread thread([] { QThread::msleep(1500); });
+        QCOMPARE(VirtualClock::threads(), 3);
+        thread.join();
+        QCOMPARE(VirtualClock::threads(), 2);
     } else if (how == "mutex") {
         QSemaphore held;
         other.call(

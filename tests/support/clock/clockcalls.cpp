@@ -12,6 +12,7 @@
 #include <cstdarg>
 
 #include <linux/futex.h>
+#include <semaphore.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -182,23 +183,27 @@ long changeAndWake(const long (&arguments)[6])
     return woken;
 }
 
-// What a started thread needs to know of itself.
+// What a started thread takes along; its creator waits until it has.
 struct Start
 {
     Timeline::Thread *thread;
     void *(*routine)(void *);
     void *argument;
+    sem_t taken;
 };
 
 void *liveOnTimeline(void *argument)
 {
-    const std::unique_ptr<Start> start(static_cast<Start *>(argument));
+    auto *start = static_cast<Start *>(argument);
+    void *(*const routine)(void *) = start->routine;
+    void *const routinesArgument = start->argument;
     Timeline::instance().join(start->thread);
+    ::sem_post(&start->taken);
     struct Farewell
     {
         ~Farewell() { Timeline::instance().leave(); }
     } const farewell;
-    return start->routine(start->argument);
+    return routine(routinesArgument);
 }
 
 } // namespace
@@ -344,7 +349,7 @@ TESTMODE_EXPORTED long syscall(long number, ...) noexcept
     return woken > 0 ? woken : machine::systemCall(number, arguments);
 }
 
-// starting a thread
+// starting a thread, and awaiting its end
 
 TESTMODE_EXPORTED int pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
                                      void *(*routine)(void *), void *argument) noexcept
@@ -352,12 +357,19 @@ TESTMODE_EXPORTED int pthread_create(pthread_t *thread, const pthread_attr_t *at
     Timeline &line = Timeline::instance();
     if (!line.isFollowed())
         return machine::threadCreate(thread, attributes, routine, argument);
-    Timeline::Thread *participant = line.participates() ? line.add() : nullptr;
-    auto start = std::make_unique<Start>(Start{participant, routine, argument});
-    const int failure = machine::threadCreate(thread, attributes, liveOnTimeline, start.get());
-    if (failure == 0)
-        start.release();
-    else if (participant != nullptr)
-        line.remove(participant);
+    Start start = {line.participates() ? line.add() : nullptr, routine, argument, {}};
+    ::sem_init(&start.taken, 0, 0);
+    const int failure = machine::threadCreate(thread, attributes, liveOnTimeline, &start);
+    while (failure == 0 && ::sem_wait(&start.taken) != 0) { }
+    if (failure != 0 && start.thread != nullptr)
+        line.remove(start.thread);
+    ::sem_destroy(&start.taken);
     return failure;
+}
+
+TESTMODE_EXPORTED int pthread_join(pthread_t thread, void **result)
+{
+    if (Timeline::instance().participates())
+        Timeline::instance().awaitEnd(thread);
+    return machine::threadJoin(thread, result);
 }

@@ -104,6 +104,12 @@ int threadCreate(pthread_t *thread, const pthread_attr_t *attributes, void *(*ro
     return call(thread, attributes, routine, argument);
 }
 
+int threadJoin(pthread_t thread, void **result)
+{
+    TESTMODE_NEXT(pthread_join);
+    return call(thread, result);
+}
+
 long systemCall(long number, const long (&arguments)[6])
 {
     TESTMODE_NEXT(syscall);

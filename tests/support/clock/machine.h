@@ -38,6 +38,7 @@ int conditionSignal(pthread_cond_t *condition);
 int conditionBroadcast(pthread_cond_t *condition);
 int threadCreate(pthread_t *thread, const pthread_attr_t *attributes, void *(*routine)(void *),
                  void *argument);
+int threadJoin(pthread_t thread, void **result);
 long systemCall(long number, const long (&arguments)[6]);
 
 } // namespace tests::machine

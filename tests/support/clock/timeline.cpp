@@ -3,6 +3,7 @@
 #include "machine.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 
@@ -27,11 +28,15 @@ constexpr int kMostReadings = 20000000;
     std::abort();
 }
 
-std::int64_t noonOfToday()
+// Far from midnight, and before everything that the machine's clock has written on a file: no file
+// is old.
+std::int64_t noonOfYesterday()
 {
     const std::time_t today = machine::time(CLOCK_REALTIME) / machine::kSecond;
     std::tm local = {};
     ::localtime_r(&today, &local);
+    local.tm_mday -= 1;
+    local.tm_isdst = -1;
     local.tm_hour = 12;
     local.tm_min = 0;
     local.tm_sec = 0;
@@ -51,6 +56,7 @@ struct Timeline::Thread
     void sleep();
 
     int wakeDescriptor;
+    pthread_t id = 0;
     bool waiting = false;
     bool told = false; // through the wake descriptor
     WaitEnd end = WaitEnd::Woken;
@@ -93,7 +99,7 @@ void Timeline::start()
         die("it runs already");
     const std::int64_t before = monotonic();
     now = (before / kMillisecond + 1) * kMillisecond;
-    dayBegan = noonOfToday() - now;
+    dayBegan = noonOfYesterday() - now;
     readings = 0;
     join(add());
     running = true;
@@ -102,7 +108,7 @@ void Timeline::start()
 void Timeline::stop()
 {
     constexpr timespec moment = {0, kMillisecond};
-    for (int waited = 0; !isAlone(); ++waited) {
+    for (int waited = 0; participants() > 1; ++waited) {
         if (waited > kLongestFarewellMilliseconds)
             die("threads that were started in it still live at its end");
         machine::nanosleep(&moment, nullptr);
@@ -113,10 +119,10 @@ void Timeline::stop()
     self = nullptr;
 }
 
-bool Timeline::isAlone()
+int Timeline::participants()
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    return threads.size() == 1;
+    return static_cast<int>(threads.size());
 }
 
 bool Timeline::participates() const
@@ -173,14 +179,43 @@ void Timeline::join(Thread *thread)
 {
     self = thread;
     follows = true;
+    if (thread == nullptr)
+        return;
+    const std::lock_guard<std::mutex> lock(mutex);
+    thread->id = ::pthread_self();
 }
 
 void Timeline::leave()
 {
     if (self == nullptr)
         return;
+    wake(self, INT_MAX); // who awaits its end
     remove(self);
     self = nullptr;
+}
+
+// The lock is held.
+Timeline::Thread *Timeline::find(pthread_t id) const
+{
+    const auto found = std::find_if(threads.begin(), threads.end(), [id](const auto &thread) {
+        return ::pthread_equal(thread->id, id) != 0;
+    });
+    return found == threads.end() ? nullptr : found->get();
+}
+
+void Timeline::awaitEnd(pthread_t id)
+{
+    WaitEnd end = WaitEnd::Woken;
+    do {
+        Wait wait;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            wait.key = find(id);
+        }
+        end = wait.key == nullptr
+            ? WaitEnd::Refused
+            : this->wait(wait, [this, id, &wait] { return find(id) == wait.key; });
+    } while (end == WaitEnd::Descriptor); // a signal
 }
 
 void Timeline::remove(Thread *thread)

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <poll.h>
+#include <pthread.h>
 
 namespace tests {
 
@@ -60,6 +61,10 @@ public:
     // Returns how many were woken, the longest waiting first. Any thread.
     int wake(const void *key, int atMost);
 
+    // Waits for a participant to leave. A participant only.
+    void awaitEnd(pthread_t id);
+    int participants(); // how many
+
     // A thread that a participant is about to start; counted as running from here on.
     struct Thread;
     Thread *add();
@@ -68,7 +73,7 @@ public:
     void remove(Thread *thread);
 
 private:
-    bool isAlone();
+    Thread *find(pthread_t id) const;
     void enter(const Wait &wait);
     WaitEnd refuse();
     WaitEnd sleep(std::unique_lock<std::mutex> &lock);

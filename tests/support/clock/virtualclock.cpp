@@ -20,6 +20,11 @@ std::int64_t VirtualClock::microseconds() const
     return (Timeline::instance().monotonic() - began) / 1000;
 }
 
+int VirtualClock::threads()
+{
+    return Timeline::instance().participants();
+}
+
 void VirtualClock::setTimeOfDay(const QTime &time)
 {
     const int by = QTime::currentTime().msecsTo(time);

@@ -3,8 +3,9 @@
 // The rule: time stands still while any thread runs, and jumps when all of them wait.
 //
 // A test that makes a VirtualClock takes part in it, and so does every thread that is started
-// while it exists; threads that were there before keep to the machine's clock. A thread waits while it sleeps, polls descriptors or waits for another thread
-// (condition, semaphore, mutex of Qt or GLib). When the last of them begins to wait,
+// while it exists; threads that were there before keep to the machine's clock. A thread waits while
+// it sleeps, polls descriptors or waits for another thread (condition, semaphore, mutex of Qt or
+// GLib). When the last of them begins to wait,
 //   1. every descriptor that is waited for is looked at. If one is ready, no time passes: its
 //      thread is about to wake. Bytes on their way through a pseudo-terminal are ready bytes: the
 //      kernel delivers them when it is asked;
@@ -25,8 +26,8 @@
 namespace tests {
 
 // The process's clock from its making to its end; outside of that the machine's, which goes on
-// from where this one stopped. Begins at noon of the machine's day, on a whole millisecond. One at
-// a time; all threads that were started meanwhile must have ended before it does.
+// from where this one stopped. Begins at noon of the machine's yesterday, on a whole millisecond. One
+// at a time; all threads that were started meanwhile must have ended before it does.
 class VirtualClock
 {
 public:
@@ -37,6 +38,9 @@ public:
     // Since its making.
     std::int64_t milliseconds() const { return microseconds() / 1000; }
     std::int64_t microseconds() const;
+
+    // Threads that live in it: the test's own, and those started since that have not ended.
+    static int threads();
 
     // Moves the time of day on its date, and nothing else.
     static void setTimeOfDay(const QTime &time);
