@@ -13,8 +13,8 @@ namespace tests {
 
 // A unit with the simulated receiver at /dev/ttyS4 and the sample package, and the plug-in's window
 // on its screen. Everything is pressed and read where a technician would. Receiver, worker and
-// transport live on a clock of their own: an update takes the dialogue's pauses, on any machine. GUI
-// thread.
+// transport live on a clock of their own: an update takes the dialogue's pauses, on any machine.
+// GUI thread.
 class UpdateUnit : public QObject
 {
     Q_OBJECT

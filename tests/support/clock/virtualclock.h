@@ -26,8 +26,8 @@
 namespace tests {
 
 // The process's clock from its making to its end; outside of that the machine's, which goes on
-// from where this one stopped. Begins at noon of the machine's yesterday, on a whole millisecond. One
-// at a time; all threads that were started meanwhile must have ended before it does.
+// from where this one stopped. Begins at noon of the machine's yesterday, on a whole millisecond.
+// One at a time; all threads that were started meanwhile must have ended before it does.
 class VirtualClock
 {
 public:
