@@ -2,7 +2,7 @@
 
 #include "gnss_download/agent_images.h"
 #include "gnss_download/bootrom_protocol.h"
-#include "tests/support/unittest.h"
+#include "tests/support/clock/clockedtest.h"
 
 using tests::Dialogue;
 using tests::Link;
@@ -45,7 +45,7 @@ Dialogue stage1Image()
 } // namespace
 
 // The dialogue with the boot ROM, step by step.
-class TestBootromProtocol : public tests::UnitTest
+class TestBootromProtocol : public tests::ClockedTest
 {
     Q_OBJECT
 
@@ -131,10 +131,8 @@ void TestBootromProtocol::wrongAnswerIsRetriedAfterTwoSeconds()
     QFETCH(QStringList, answers);
     QFETCH(QStringList, logged);
     Link link(synchronisation(answers).add(synchronisation({"5F", "F5", "AF", "FA"})));
-    QElapsedTimer clock;
-    clock.start();
     QVERIFY(link.worker.hdl_brom_start());
-    QVERIFY(clock.elapsed() >= 1995 && clock.elapsed() < 4000);
+    QCOMPARE(milliseconds(), 2000);
     QCOMPARE(link.chip.verdict(), QString());
     logged << "hdl_brom_start 0xA0<->0x5F"
            << "hdl_brom_start 0x0A<->0xF5"
@@ -156,11 +154,9 @@ void TestBootromProtocol::fourWrongAnswersEndTheSync()
         if (byte == 0xA0)
             flags << g_brom_task_stop.load();
     });
-    QElapsedTimer clock;
-    clock.start();
     QVERIFY(!link.worker.hdl_brom_start());
     QCOMPARE(flags, QList<int>({0, 0, 0, 0}));
-    QVERIFY(clock.elapsed() >= 4 * 1995);
+    QCOMPARE(milliseconds(), 4 * 2000); // one after the last attempt, too
     QCOMPARE(link.chip.verdict(), QString());
     QCOMPARE(trace().lines().filter("hdl_brom_start 0x0A ->(error) 0x00, retry").size(), 4);
 }
@@ -192,10 +188,8 @@ void TestBootromProtocol::taskSendsFirstBytesUntilStopped()
         if (link.chip.sent().size() == 3)
             g_brom_task_stop = 1;
     });
-    QElapsedTimer clock;
-    clock.start();
     link.worker.brom_start_task();
-    QVERIFY(clock.elapsed() >= 3 * 49);
+    QCOMPARE(milliseconds(), 3 * 50);
     QCOMPARE(link.chip.verdict(), QString());
     QCOMPARE(tests::logTexts(trace().lines()),
              QStringList({"brom_start_task put_char 0xA0", "brom_start_task put_char 0xA0",

@@ -1,6 +1,6 @@
 #include "link.h"
 
-#include "tests/support/unittest.h"
+#include "tests/support/clock/clockedtest.h"
 
 using tests::Dialogue;
 using tests::Link;
@@ -51,7 +51,7 @@ Dialogue announcement(const QString &paddedLength)
 } // namespace
 
 // Images into the receiver's flash.
-class TestDownloadAgentWrite : public tests::UnitTest
+class TestDownloadAgentWrite : public tests::ClockedTest
 {
     Q_OBJECT
 
@@ -343,10 +343,8 @@ void TestDownloadAgentWrite::packetsArePausedBetween()
     downloadfile.app_bin = QByteArray(50 * 4096, 0);
     Link link(dialogue.chip("5A").host("00 00 00 00").chip("5A", 900));
     _hdl_image_t record = image(50 * 4096);
-    QElapsedTimer clock;
-    clock.start();
     QVERIFY(link.worker.hdl_da_download(&record));
-    QVERIFY(clock.elapsed() >= 50 * 2); // a wait of 3 ms of the time of day lasts more than 2
+    QCOMPARE(milliseconds(), 50 * 3); // after the last one, too
 }
 
 void TestDownloadAgentWrite::imageComesFromTheFieldOfItsIndex_data()

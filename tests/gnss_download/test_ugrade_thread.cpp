@@ -1,6 +1,7 @@
 #include "link.h"
 
 #include "gnss_download/serial_thread.h"
+#include "tests/support/clock/virtualclock.h"
 #include "tests/support/connectionlog.h"
 #include "tests/support/unittest.h"
 
@@ -17,6 +18,7 @@
 
 using tests::Dialogue;
 using tests::Link;
+using tests::VirtualClock;
 
 // The worker: its interface, its connections, how it comes and goes.
 class TestUgradeThread : public tests::UnitTest
@@ -230,6 +232,7 @@ void TestUgradeThread::eachSignalHasItsSlot()
 
 void TestUgradeThread::callsReturnWhenTheTransportHasDoneThem()
 {
+    const VirtualClock clock;
     ugrade_thread worker(kNoPort);
     QSignalSpy messages(worker.transport(), &serial_thread::signal_Messagebox);
     uint8_t status = 0;
@@ -237,16 +240,15 @@ void TestUgradeThread::callsReturnWhenTheTransportHasDoneThem()
     QCOMPARE(messages.size(), 1);
 
     // Nothing comes from a closed port: a read lasts as long as its time-out.
-    QElapsedTimer clock;
-    clock.start();
     uint8_t byte = 0x42;
     emit worker.hdl_uart_get_byte(&byte, 200);
-    QVERIFY(clock.elapsed() >= 180);
+    QCOMPARE(clock.milliseconds(), 200);
     QCOMPARE(byte, uint8_t(0x42));
 }
 
 void TestUgradeThread::everyCallWaitsForTheTransport()
 {
+    const VirtualClock clock;
     ugrade_thread worker(kNoPort);
     uint8_t byte = 0;
     uint16_t half = 0;
@@ -323,11 +325,13 @@ void TestUgradeThread::resultIsReportedWhenThePortIsClosed()
 void TestUgradeThread::failedOpenIsReportedByTheTransport()
 {
     // Over the transport itself: the port does not exist.
+    const VirtualClock clock;
     ugrade_thread worker(kNoPort);
     QSignalSpy messages(worker.transport(), &serial_thread::signal_Messagebox);
     QSignalSpy results(&worker, &ugrade_thread::signals_success);
     worker.start();
-    QVERIFY(worker.wait(60000));
+    QVERIFY(worker.wait());
+    QCOMPARE(clock.milliseconds(), 2 * 3000); // the leave-taking
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.first(), QVariantList({"错误", "打开串口失败"}));
     QCOMPARE(results.size(), 1);
