@@ -69,13 +69,26 @@ void ugrade_thread::shutDown()
     transportThread->wait();
 }
 
+void ugrade_thread::start(Priority priority)
+{
+    if (!isRunning())
+        takePackage();
+    QThread::start(priority);
+}
+
+void ugrade_thread::takePackage()
+{
+    taken = downloadfile;
+    package = &taken;
+}
+
 void ugrade_thread::run()
 {
     hdl_da_info_t info = {kAuxiliaryAddress, kAgentAddress, sizeof da_array};
     hdl_da_report_t report = {};
 
-    const file taken = downloadfile;
-    package = &taken;
+    if (package != &taken) // started as any other thread
+        takePackage();
     const auto bytes = [](const QByteArray &image) { return static_cast<uint32_t>(image.size()); };
     // clang-format off
     _hdl_image_t config = {

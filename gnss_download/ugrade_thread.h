@@ -24,6 +24,11 @@ public:
     // Waits for run() to return first, so it may be called while run() does.
     ~ugrade_thread() override;
 
+    // In place of QThread's: takes the package as it is now, whole before it returns. What is
+    // loaded later is not this update's, and loading may begin as soon as the caller has control
+    // again.
+    void start(Priority priority = InheritPriority);
+
     serial_thread *transport() const { return serial; }
 
     // boot ROM (bootrom_protocol.cpp)
@@ -93,6 +98,7 @@ private:
 
     void connectTransport();
     void shutDown();
+    void takePackage();
 
     bool synchroniseOnce(uint8_t *answer);
     bool exchangeSyncByte(uint8_t sent, uint8_t *answer);
@@ -125,6 +131,6 @@ private:
     QString portName;
     QThread *transportThread; // owned
     serial_thread *serial;    // owned; lives in transportThread
-    // What the images come from; during run() a copy: what is loaded later is not this update's.
-    const file *package;
+    file taken;               // the package of the update that runs
+    const file *package;      // what the images come from: `taken` while an update runs
 };

@@ -9,6 +9,7 @@
 #include <QEventLoop>
 #include <QMetaMethod>
 #include <QPointer>
+#include <QSemaphore>
 #include <QSignalSpy>
 
 #include <atomic>
@@ -42,6 +43,10 @@ private slots:
     void runTracesItsThread();
     void resultIsReportedWhenThePortIsClosed();
 
+    void packageIsTakenByTheStart();
+    void packageIsTakenByAStartOfAnyThreadToo();
+    void secondStartLeavesThePackageAlone();
+
     void failedOpenIsReportedByTheTransport();
     void neverStartedWorkerIsDeleted();
     void workerIsDeletedWhileItsRunReturns();
@@ -66,6 +71,11 @@ void fillPackage()
 {
     downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
                     "\xC0\xC1\xC2"};
+}
+
+file otherPackage()
+{
+    return {"other boot", "other partition", "other app", "other config"};
 }
 
 QThread *transportThread(const ugrade_thread &worker)
@@ -320,6 +330,66 @@ void TestUgradeThread::resultIsReportedWhenThePortIsClosed()
     QVERIFY(link.worker.wait(10000));
     QCOMPARE(before, QStringList({"open", "close"}));
     QCOMPARE(link.chip.sent(), tests::bytesOf("A5 D9 00"));
+}
+
+namespace {
+
+// Holds a worker at the threshold of its run().
+class Gate
+{
+public:
+    explicit Gate(ugrade_thread *worker)
+    {
+        QObject::connect(
+            worker, &QThread::started, worker, [this] { opened.acquire(); }, Qt::DirectConnection);
+    }
+    void open() { opened.release(); }
+
+private:
+    QSemaphore opened;
+};
+
+} // namespace
+
+// Not when the worker is made, and not when its thread has come to its run().
+void TestUgradeThread::packageIsTakenByTheStart()
+{
+    downloadfile = otherPackage();
+    Link link(goodDialogue());
+    Gate gate(&link.worker);
+    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
+    fillPackage();
+    link.worker.start(QThread::TimeCriticalPriority);
+    downloadfile = otherPackage();
+    gate.open();
+    QVERIFY(link.worker.wait(30000));
+    QCOMPARE(link.chip.verdict(), QString());
+    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", true}));
+}
+
+// By the slot's name, or through a pointer to QThread.
+void TestUgradeThread::packageIsTakenByAStartOfAnyThreadToo()
+{
+    fillPackage();
+    Link link(goodDialogue());
+    QVERIFY(QMetaObject::invokeMethod(&link.worker, "start", Qt::DirectConnection));
+    QTRY_VERIFY(!link.chip.sent().isEmpty());
+    downloadfile = otherPackage();
+    QVERIFY(link.worker.wait(30000));
+    QCOMPARE(link.chip.verdict(), QString());
+}
+
+void TestUgradeThread::secondStartLeavesThePackageAlone()
+{
+    fillPackage();
+    Link link(goodDialogue());
+    Gate gate(&link.worker);
+    link.worker.start();
+    downloadfile = otherPackage();
+    link.worker.start(); // it runs already
+    gate.open();
+    QVERIFY(link.worker.wait(30000));
+    QCOMPARE(link.chip.verdict(), QString());
 }
 
 void TestUgradeThread::failedOpenIsReportedByTheTransport()
