@@ -1,7 +1,7 @@
 #pragma once
 
 #include "download_types.h"
-#include "firmwarepackage.h"
+#include "gps/firmwarepackage.h"
 #include "uart_types.h"
 
 #include <QByteArray>

@@ -1,11 +1,15 @@
 #include "firmwarepackage.h"
 
 #include "gpsupdate.h"
-#include "tools/common.h"
 #include "tools/debugtrace.h"
 
 #include <QFile>
 #include <QStringList>
+
+file downloadfile;
+QString save_path;
+QByteArray filevalues;
+QList<QByteArray> filevalues_list;
 
 namespace testmode {
 

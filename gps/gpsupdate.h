@@ -1,6 +1,6 @@
 #pragma once
 
-#include "gnss_download/firmwarepackage.h"
+#include "firmwarepackage.h"
 
 #include <QByteArray>
 #include <QMessageBox>

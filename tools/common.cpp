@@ -18,11 +18,7 @@ constexpr int kHalfDayMilliseconds = 12 * 60 * 60 * 1000;
 QStringList com;
 QString br;
 QByteArray rodata;
-QString save_path;
-QByteArray filevalues;
-QList<QByteArray> filevalues_list;
 config com_set;
-file downloadfile;
 UARTType sendstr;
 
 void Delay_MSec(int msec)

@@ -1,23 +1,17 @@
 #pragma once
 
-#include "gnss_download/firmwarepackage.h"
 #include "gnss_download/serialsettings.h"
 
 #include <QByteArray>
-#include <QList>
 #include <QString>
 #include <QStringList>
 
-// State of the firmware update, one instance a process. Written in the GUI
-// thread; the update's threads read it once the page has started them.
-extern QStringList com;                   // serial ports that the user has toggled on
-extern QString br;                        // baud rate of the download, decimal text
-extern QByteArray rodata;                 // all that RealReadData() ever received; never cleared
-extern QString save_path;                 // folder of the last package read, ends in "/"
-extern QByteArray filevalues;             // last flash_download.cfg read, raw
-extern QList<QByteArray> filevalues_list; // kept for the configuration's entries; nothing uses it
+// Settings of the firmware update, one instance a process. Written in the GUI
+// thread; the update's threads read them once the page has started them.
+extern QStringList com;   // serial ports that the user has toggled on
+extern QString br;        // baud rate of the download, decimal text
+extern QByteArray rodata; // all that RealReadData() ever received; never cleared
 extern config com_set;
-extern file downloadfile; // the package that the next update writes
 extern UARTType sendstr;
 
 // Waits `msec` milliseconds of the time of day and processes the calling

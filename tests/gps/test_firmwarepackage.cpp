@@ -2,7 +2,6 @@
 
 #include "gps/firmwarepackage.h"
 #include "gps/gpsupdate.h"
-#include "tools/common.h"
 
 #include <QDir>
 #include <QFile>
@@ -53,6 +52,7 @@ private slots:
     void init();
     void cleanup();
 
+    void initTestCase();
     void folderOfAPath_data();
     void folderOfAPath();
     void recordStartsEmpty();
@@ -87,6 +87,15 @@ void TestFirmwarePackage::cleanup()
 {
     QDir(kFolder).removeRecursively();
     UnitTest::cleanup();
+}
+
+// Before anything is read.
+void TestFirmwarePackage::initTestCase()
+{
+    QVERIFY(save_path.isEmpty());
+    QVERIFY(filevalues.isEmpty());
+    QVERIFY(filevalues_list.isEmpty());
+    QCOMPARE(images(downloadfile), (QList<QByteArray>{"", "", "", ""}));
 }
 
 void TestFirmwarePackage::folderOfAPath_data()

@@ -2,7 +2,7 @@
 #include "updateunit.h"
 
 #include "bench/unit/headunit.h"
-#include "tools/common.h"
+#include "gps/firmwarepackage.h"
 
 #include <QDir>
 #include <QFile>

@@ -2,6 +2,7 @@
 
 #include "bench/unit/headunit.h"
 #include "framework/windowinterface.h"
+#include "gps/firmwarepackage.h"
 #include "tools/common.h"
 
 #include <QDir>

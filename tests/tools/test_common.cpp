@@ -5,51 +5,31 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
-#include <type_traits>
-
-// The shared wait, the printf-style trace and the state of the firmware update.
+// The shared wait, the printf-style trace and the settings of the firmware update.
 class TestCommon : public tests::UnitTest
 {
     Q_OBJECT
 
 private slots:
-    void updateStateIsEmptyAtTheStart();
-    void packageHoldsItsImagesInOrder();
+    void updateSettingsAreTheirFirstAtTheStart();
     void logFormatsWithoutPrefix();
     void logNamesNoPlaceButItsOwn();
     void delayOfZeroReturnsAtOnce();
     void delayDeliversEventsMeanwhile();
 };
 
-void TestCommon::updateStateIsEmptyAtTheStart()
+void TestCommon::updateSettingsAreTheirFirstAtTheStart()
 {
     QVERIFY(com.isEmpty());
     QVERIFY(br.isEmpty());
     QVERIFY(rodata.isEmpty());
-    QVERIFY(save_path.isEmpty());
-    QVERIFY(filevalues.isEmpty());
-    QVERIFY(filevalues_list.isEmpty());
     QCOMPARE(com_set.baudRate, 921600);
     QCOMPARE(com_set.dataBits, 8);
     QCOMPARE(com_set.parity, QString("None"));
     QCOMPARE(com_set.stopBits, 1.0F);
     QCOMPARE(com_set.flowControl, QString("None"));
-    QVERIFY(downloadfile.bootloader_bin.isEmpty());
-    QVERIFY(downloadfile.partition_bin.isEmpty());
-    QVERIFY(downloadfile.app_bin.isEmpty());
-    QVERIFY(downloadfile.config_bin.isEmpty());
     QVERIFY(sendstr.data.isEmpty());
     QCOMPARE(sendstr.length, 0u);
-}
-
-void TestCommon::packageHoldsItsImagesInOrder()
-{
-    static_assert(std::is_same<binfile, file>::value, "two names of one record");
-    const file package = {"boot loader", "partition table", "application", "configuration"};
-    QCOMPARE(package.bootloader_bin, QByteArray("boot loader"));
-    QCOMPARE(package.partition_bin, QByteArray("partition table"));
-    QCOMPARE(package.app_bin, QByteArray("application"));
-    QCOMPARE(package.config_bin, QByteArray("configuration"));
 }
 
 void TestCommon::logFormatsWithoutPrefix()
