@@ -6,6 +6,10 @@
 #include <QFile>
 #include <QStringList>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 file downloadfile;
 QString save_path;
 QByteArray filevalues;
@@ -14,6 +18,11 @@ QList<QByteArray> filevalues_list;
 namespace testmode {
 
 namespace {
+
+// Far above the receiver's flash of 4 MiB: only what can be no image is turned away, because a read
+// of it could take all of the framework's memory.
+constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+constexpr int kBlockBytes = 64 * 1024;
 
 // One image of a package, in the order in which a package is read: what the user is told and what
 // is replaced when a later one is missing depend on it.
@@ -33,14 +42,40 @@ constexpr ImageSource kImages[] = {
     {"gnss_config.bin", &file::config_bin, "Not open cfg_path!", "config_binfile: "},
 };
 
-// Replaces `content` by the whole file; leaves it as it is when the file cannot be opened.
+// Opens what is a file and not larger than what is read. Its name is UTF-8 whatever the locale.
+bool openFile(const QString &path, QFile *source)
+{
+    // Without waiting: a pipe in its place may have nobody at its other end.
+    const int descriptor = ::open(path.toUtf8().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    if (!source->open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered,
+                      QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        return false;
+    }
+    struct stat found = {};
+    return ::fstat(descriptor, &found) == 0 && S_ISREG(found.st_mode)
+        && source->size() <= kLargestFile;
+}
+
+// Replaces `content` by the whole file, or leaves it as it is when not every byte can be had: the
+// disk may be pulled at any of them.
 bool readWhole(const QString &path, QByteArray *content)
 {
-    QFile source(path);
-    if (!source.open(QIODevice::ReadOnly))
+    QFile source;
+    if (!openFile(path, &source))
         return false;
-    *content = source.readAll();
-    source.close();
+    const qint64 size = source.size();
+    QByteArray taken;
+    taken.reserve(static_cast<int>(size));
+    char block[kBlockBytes];
+    qint64 count = 0;
+    while (taken.size() <= kLargestFile && (count = source.read(block, sizeof block)) > 0)
+        taken.append(block, static_cast<int>(count));
+    if (count != 0 || taken.size() < size)
+        return false;
+    *content = taken;
     return true;
 }
 
