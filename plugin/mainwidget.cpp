@@ -3,8 +3,8 @@
 #include "framework/events.h"
 #include "gps/gps_test.h"
 #include "gps/gpsupdate.h"
+#include "gps/stagedupdate.h"
 #include "gpsservice/gpsservice.h"
-#include "krdevice/devicemanager.h"
 #include "logs/outputlogsusb.h"
 #include "mcu/mcuservice.h"
 #include "mem/settingscache.h"
@@ -16,66 +16,22 @@
 #include "usb/mode_usbtest.h"
 
 #include <QCoreApplication>
-#include <QFile>
-
-#include <cstdlib>
-#include <tuple>
 
 namespace testmode {
 
 namespace {
 
-// Page codes; the settings store and the Apple device page know two of them.
-enum PageCode : int32_t {
-    ToolsPage = 1,
-    MicPage = 2,
-    NcmPage = 9,
-    UsbEyesPage = 12,
-    UsbTestPage = 13,
-    GpsTestPage = 15,
-    GpsUpdatePage = 16,
-};
-
 // The kind of GNSS module that is flashed from here; the unit's own updater flashes all others.
 constexpr int kModuleFlashedHere = 1;
 
+// The touch that the framework closes the test mode on.
+constexpr auto kLeaveTestMode = static_cast<Qx::Touch>(9);
+
 const char kTestModeKey[] = "TEST_MODE";
-const char kUpdateMarker[] = "/media/flash/nvm/gpsupdate.cfg";
-const char kStagedPackage[] = "/media/flash/nvm/gps.bin";
 
 void popup(const char *text)
 {
     logs::OutputLogsUsb::instance()->tipsMessagePopup(QString::fromLatin1(text));
-}
-
-// Mount folder of the disk that holds the package; port 0 wins.
-QString usbDiskPath()
-{
-    krdevice::DeviceManager *devices = krdevice::DeviceManager::instance();
-    for (int port = 0; port < 2; ++port) {
-        if (devices->isUsbDiskDeviceExist(port))
-            return devices->usbPath(port);
-    }
-    return QString();
-}
-
-// The marker tells the unit's updater at the next start that a package waits.
-bool writeUpdateMarker()
-{
-    QFile marker(QString::fromLatin1(kUpdateMarker));
-    if (!marker.open(QIODevice::WriteOnly))
-        return false;
-    marker.write("true");
-    marker.close();
-    return true;
-}
-
-void copyToFlash(const QString &disk)
-{
-    const QString copy = QStringLiteral("cp %1/gps.bin /media/flash/nvm/").arg(disk);
-    // Kept: what the commands return is not looked at, only whether the staged file is there.
-    std::ignore = std::system(copy.toLatin1().constData());
-    std::ignore = std::system("sync");
 }
 
 template <typename Page>
@@ -93,6 +49,17 @@ void hidePage(Page *page)
 }
 
 } // namespace
+
+// The settings store and the Apple device page know two of them.
+enum class MainWidget::PageCode : int32_t {
+    Tools = 1,
+    Mic = 2,
+    Ncm = 9,
+    UsbEyes = 12,
+    UsbTest = 13,
+    GpsTest = 15,
+    GpsUpdate = 16,
+};
 
 MainWidget::MainWidget(QWidget *parent) : QWidget(parent)
 {
@@ -138,16 +105,16 @@ void MainWidget::hideAllPage()
 
 void MainWidget::showCurrentPage(int)
 {
-    switch (currentPage) {
-    case NcmPage:
+    switch (static_cast<PageCode>(currentPage)) {
+    case PageCode::Ncm:
         DBG << "ncm";
         onShowNcmModeWidget();
         break;
-    case UsbEyesPage:
+    case PageCode::UsbEyes:
         DBG << "usb eyes";
         onShowUSBEyesTestWidget();
         break;
-    case GpsTestPage:
+    case PageCode::GpsTest:
         DBG << "gps";
         onShowGpstestWidget();
         break;
@@ -164,44 +131,56 @@ int MainWidget::windowKeyEvent(KeyEvent *event)
     return -1;
 }
 
+// The code changes here only: a page that is shown again leaves it alone.
+template <typename Page>
+bool MainWidget::createOnce(Page *&page, PageCode code)
+{
+    if (page != nullptr)
+        return false;
+    page = new Page(this);
+    currentPage = static_cast<int32_t>(code);
+    return true;
+}
+
+void MainWidget::showInPlaceOfMenu(QWidget *page)
+{
+    page->show();
+    entryPage->hide();
+}
+
 void MainWidget::onShowNcmModeWidget()
 {
-    showAppleDevPage(NcmPage);
+    showAppleDevPage(PageCode::Ncm);
 }
 
 void MainWidget::onShowUsbTestWidget()
 {
     DBG << "usb test";
-    showAppleDevPage(UsbTestPage);
+    showAppleDevPage(PageCode::UsbTest);
 }
 
 // Both entries share one page, which reads from the settings which of them was pressed.
-void MainWidget::showAppleDevPage(int pageCode)
+void MainWidget::showAppleDevPage(PageCode code)
 {
-    if (appleDevPage == nullptr) {
-        appleDevPage = new AppleDevTest(this);
-        currentPage = pageCode;
-    }
-    mem::SettingsCache::instance()->setValue(QString::fromLatin1(kTestModeKey), 0, pageCode);
+    createOnce(appleDevPage, code);
+    mem::SettingsCache::instance()->setValue(QString::fromLatin1(kTestModeKey), 0,
+                                             static_cast<int32_t>(code));
     appleDevPage->resume();
-    appleDevPage->show();
-    entryPage->hide();
+    showInPlaceOfMenu(appleDevPage);
 }
 
 void MainWidget::onShowUSBEyesTestWidget()
 {
-    if (usbEyesPage == nullptr) {
-        usbEyesPage = new SetupUsbTest(this);
+    if (createOnce(usbEyesPage, PageCode::UsbEyes))
         connect(usbEyesPage, &SetupUsbTest::exitEqSig, this, &MainWidget::leaveUsbEyesPage);
-        currentPage = UsbEyesPage;
-    }
-    usbEyesPage->show();
-    entryPage->hide();
+    showInPlaceOfMenu(usbEyesPage);
 }
 
-// The page deletes itself after its signal; the next showing builds a new one.
+// The page deletes itself after its signal, and may say it again before it is gone. The next
+// showing builds a new one.
 void MainWidget::leaveUsbEyesPage()
 {
+    usbEyesPage->disconnect(this);
     usbEyesPage->hide();
     usbEyesPage = nullptr;
     entryPage->show();
@@ -209,47 +188,39 @@ void MainWidget::leaveUsbEyesPage()
 
 void MainWidget::onShowGpstestWidget()
 {
-    if (gpsTestPage == nullptr) {
+    if (gpsTestPage == nullptr)
         mem::SettingsCache::instance()->setValue(QString::fromLatin1(kTestModeKey), 0);
-        gpsTestPage = new gps_test(this);
-        currentPage = GpsTestPage;
-    }
+    createOnce(gpsTestPage, PageCode::GpsTest);
     gpsTestPage->reset();
-    gpsTestPage->show();
-    entryPage->hide();
+    showInPlaceOfMenu(gpsTestPage);
 }
 
 void MainWidget::onShowGpsUpdateWidget()
 {
     if (gpsservice::GpsService::instance()->getModualApatation() == kModuleFlashedHere) {
-        if (gpsUpdatePage == nullptr) {
-            gpsUpdatePage = new gpsupdate(this);
-            currentPage = GpsUpdatePage;
-        }
+        createOnce(gpsUpdatePage, PageCode::GpsUpdate);
         // The menu stays shown beneath: the page covers it and hides itself on "Return".
         gpsUpdatePage->show();
         gpsUpdatePage->raise();
         return;
     }
 
-    // Every other module: the package goes from a USB disk to flash, and the unit's own updater
-    // does the rest after the reset.
+    // Every other module: the unit's own updater does the rest after the reset.
     DBG << "========enter RX452 update============";
     mcu::McuService::instance()->setWatchDogEnable(false);
-    if (!writeUpdateMarker()) {
+    if (!stagedupdate::writeMarker()) {
         DBG << "==can not open file===";
         popup("Error: can not open file");
     }
 
-    const QString disk = usbDiskPath();
+    const QString disk = stagedupdate::usbDiskPath();
     if (disk.isEmpty()) {
         popup("Error: No USB Device");
         return;
     }
 
-    copyToFlash(disk);
-
-    if (QFile::exists(QString::fromLatin1(kStagedPackage))) {
+    stagedupdate::copyPackage(disk);
+    if (stagedupdate::packageIsStaged()) {
         mcu::McuService::instance()->setResetSystem(1);
     } else {
         DBG << "===file not copy========";
@@ -262,28 +233,20 @@ void MainWidget::onShowTidModeWidget() { }
 void MainWidget::onReturnHome()
 {
     // Kept: the event is not deleted here; it is the framework's once it has been delivered.
-    auto *leave = new TouchEvent(Qx::TouchLeaveTestMode, -1, -1);
+    auto *leave = new TouchEvent(kLeaveTestMode, -1, -1);
     QCoreApplication::sendEvent(QCoreApplication::instance(), leave);
 }
 
 void MainWidget::onShowSystemToolsWidget()
 {
-    if (toolsPage == nullptr) {
-        toolsPage = new SystemToolsWidget(this);
-        currentPage = ToolsPage;
-    }
-    toolsPage->show();
-    entryPage->hide();
+    createOnce(toolsPage, PageCode::Tools);
+    showInPlaceOfMenu(toolsPage);
 }
 
 void MainWidget::onShowMicTestWidget()
 {
-    if (micPage == nullptr) {
-        micPage = new mictestwidget(this);
-        currentPage = MicPage;
-    }
-    micPage->show();
-    entryPage->hide();
+    createOnce(micPage, PageCode::Mic);
+    showInPlaceOfMenu(micPage);
 }
 
 } // namespace testmode

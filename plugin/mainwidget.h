@@ -17,7 +17,8 @@ class mictestwidget;
 class testEntryWidget;
 
 // Owns the menu and the test pages, creates each page at its first showing and
-// shows one at a time. GUI thread only.
+// shows one at a time. A page is kept, but for the USB PHY page: it goes when the
+// user leaves it. GUI thread only.
 class MainWidget : public QWidget
 {
     Q_OBJECT
@@ -49,7 +50,13 @@ public slots:
     void onShowMicTestWidget();
 
 private:
-    void showAppleDevPage(int pageCode);
+    enum class PageCode : int32_t;
+
+    // True when the page was not there yet.
+    template <typename Page>
+    bool createOnce(Page *&page, PageCode code);
+    void showInPlaceOfMenu(QWidget *page);
+    void showAppleDevPage(PageCode code);
     void leaveUsbEyesPage();
 
     AppleDevTest *appleDevPage = nullptr; // serves both the NCM and the USB test

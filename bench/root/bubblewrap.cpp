@@ -98,6 +98,8 @@ Words rootCommand(const RootLayout &layout)
     add(&words,
         {"--tmpfs", "/sys", "--tmpfs", "/media", "--tmpfs", "/run", "--dir", "/run/lock", "--dir",
          kUnitFolder, "--tmpfs", "/tmp", "--tmpfs", "/var", "--dir", "/var/lock"});
+    if (layout.flashBytes > 0)
+        add(&words, {"--size", std::to_string(layout.flashBytes), "--tmpfs", "/media/flash"});
     if (exists("/var/cache/fontconfig"))
         add(&words, {"--ro-bind", "/var/cache/fontconfig", "/var/cache/fontconfig"});
     addDisplay(&words);

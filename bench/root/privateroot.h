@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct RootLayout
 
     std::vector<std::string> writable; // folders and files that stay so under their own name
     std::vector<Mount> readOnly;       // files and folders shown elsewhere: disks, the package
+    size_t flashBytes = 0;             // what /media/flash holds at most; 0: as much as memory
     std::string uart;                  // a serial device to show as /dev/ttyS4; empty: none
 
     // True: this process stays outside and looks after the program inside, which learns

@@ -165,6 +165,7 @@ private slots:
     void quitSendsOneTouchEvent();
     void quitLeavesItsEventUndeleted();
     void leavingTheUsbPageShowsTheMenuAndForgetsThePage();
+    void secondFarewellOfAPageThatGoesIsNotHeard();
     void leavingTheUsbPageTwiceBuildsItTwice();
     void destructionGoesInOrder();
     void destructionWithoutPages();
@@ -637,6 +638,22 @@ void TestMainWidget::leavingTheUsbPageShowsTheMenuAndForgetsThePage()
     host.onShowUSBEyesTestWidget();
     QCOMPARE(pagesOf(host, kUsbEyes.name).size(), 2); // the old one deletes itself
     delete page;
+    QCOMPARE(shownChildren(host), QStringList{kUsbEyes.name});
+}
+
+// Pressed again before the page is gone, with or without the next one on screen.
+void TestMainWidget::secondFarewellOfAPageThatGoesIsNotHeard()
+{
+    MainWidget host(nullptr);
+    host.show();
+    host.onShowUSBEyesTestWidget();
+    QWidget *page = pageOf(host, kUsbEyes.name);
+    QVERIFY(QMetaObject::invokeMethod(page, "exitEqSig"));
+    QVERIFY(QMetaObject::invokeMethod(page, "exitEqSig"));
+    QCOMPARE(shownChildren(host), QStringList{kMenu});
+
+    host.onShowUSBEyesTestWidget();
+    QVERIFY(QMetaObject::invokeMethod(page, "exitEqSig"));
     QCOMPARE(shownChildren(host), QStringList{kUsbEyes.name});
 }
 

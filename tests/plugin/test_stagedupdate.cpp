@@ -1,3 +1,4 @@
+#include "stagedfiles.h"
 #include "tests/support/unittest.h"
 
 #include "gps/gpsupdate.h"
@@ -14,40 +15,12 @@
 
 using bench::journal;
 using testmode::MainWidget;
-
-namespace {
-
-const char kMarker[] = "/media/flash/nvm/gpsupdate.cfg";
-const char kStaged[] = "/media/flash/nvm/gps.bin";
-
-// Every line of this way is the slot's own.
-const QString kSlot = QStringLiteral("void testmode::MainWidget::onShowGpsUpdateWidget()");
-
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
-    QCOMPARE(file.write(content), qint64(content.size()));
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<not there>");
-}
-
-// A disk on a port, empty or with a package.
-void plugIn(int port, const QByteArray &package = QByteArray())
-{
-    const QString folder = QStringLiteral("/media/usb%1").arg(port);
-    QDir().mkpath(folder);
-    if (!package.isEmpty())
-        writeFile(folder + "/gps.bin", package);
-    bench::unit().usb.ports[port].disk = true;
-    bench::unit().usb.ports[port].path = folder;
-}
-
-} // namespace
+using tests::kMarker;
+using tests::kSlot;
+using tests::kStaged;
+using tests::plugIn;
+using tests::readFile;
+using tests::writeFile;
 
 // The way of the update entry for modules that the unit's own updater flashes: a package from a
 // USB disk is left in flash, and the unit is reset.
