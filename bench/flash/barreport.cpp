@@ -64,6 +64,10 @@ bool BarReport::stays(const QString &kind) const
 
 void BarReport::noteInBlock(int line, const QString &kind, const Event &event)
 {
+    if (line == kAll) {
+        rows.clear(); // all has been said
+        return;
+    }
     Row &row = rows[line];
     if (kind == QLatin1String("progress"))
         row.progress = event;

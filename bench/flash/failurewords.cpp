@@ -89,9 +89,10 @@ QString saidWords(const QStringList &readings)
     const QString before = readings.value(readings.size() - 2);
     if (last.size() == 8 && before == kRefusal)
         return QStringLiteral("refused with code %1").arg(last.toUInt(nullptr, 16));
-    const bool nothing = last == kNoStatus || last.count(QLatin1Char('0')) == last.size();
-    if (nothing)
+    if (last.isEmpty() || last == kNoStatus)
         return QStringLiteral("nothing");
+    if (last.count(QLatin1Char('0')) == last.size())
+        return QStringLiteral("nothing, or 0x%1").arg(last);
     return QStringLiteral("0x%1").arg(last.toUpper());
 }
 

@@ -22,7 +22,7 @@ QString linePrefix(const QStringList &names, int line, const Event &event)
 {
     const QString time =
         QStringLiteral("%1 s  ").arg(event.value("ms").toDouble() / 1000.0, 6, 'f', 1);
-    return names.size() < 2 ? time : paddedName(names, line) + time;
+    return line == Report::kAll || names.size() < 2 ? time : paddedName(names, line) + time;
 }
 
 QString headOf(const Event &start)

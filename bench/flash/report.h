@@ -18,6 +18,9 @@ public:
     virtual ~Report() = default;
     Q_DISABLE_COPY(Report)
 
+    // In place of a line: the event is of all of them.
+    static constexpr int kAll = -1;
+
     // `line` is the place of the flash in the list that the report was made for.
     virtual void take(int line, const Event &event) = 0;
 };

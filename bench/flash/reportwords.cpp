@@ -1,5 +1,7 @@
 #include "report.h"
 
+#include <QJsonArray>
+
 namespace bench {
 
 namespace {
@@ -36,6 +38,21 @@ QString resultLine(const Event &result)
     return line;
 }
 
+// The whole, and below it each that was not flashed.
+QString summaryLines(const Event &summary)
+{
+    QString lines = QStringLiteral("%1 of %2 receivers succeeded")
+                        .arg(summary.value("good").toInt())
+                        .arg(summary.value("of").toInt());
+    const QJsonArray receivers = summary.value("receivers").toArray();
+    for (const QJsonValue &receiver : receivers) {
+        if (!receiver["ok"].toBool())
+            lines += QStringLiteral("\n          NOT %1: %2")
+                         .arg(receiver["uart"].toString(), receiver["text"].toString());
+    }
+    return lines;
+}
+
 } // namespace
 
 QString wordsOf(const Event &event)
@@ -55,6 +72,8 @@ QString wordsOf(const Event &event)
                                              : QString();
     if (kind == QLatin1String("progress"))
         return progressWords(event);
+    if (kind == QLatin1String("summary"))
+        return summaryLines(event);
     return event.value("text").toString();
 }
 

@@ -29,6 +29,7 @@ const QVector<TraceReader::Mark> &TraceReader::marks()
         mark("^hdl_brom_start pass$", &T::syncSucceeded),
         mark("^hdl_brom_start 0x.. ->\\(error\\) 0x(..)", &T::syncWentWrong),
         mark("^brom_write8_echo 0x(..)$", &T::byteIsSent),
+        mark("^brom_write\\d+_echo 0x([0-9A-F]+) - 0x([0-9A-F]+)$", &T::echoIsRead),
         mark("^hdl_connect, hw_code (\\S+) (\\S+)$", &T::chipIsKnown),
         mark("^hdl_brom_send_da \\S+ \\S+ (\\d+)$", &T::agentLoads),
         mark("^hdl_brom_send_da1?, \\d+ sent \\d+$", &T::agentBlockSent),
@@ -105,7 +106,7 @@ void TraceReader::keepFailure(const QString &label, const QString &said)
                {"step", label},
                {"text", failureWords(place)},
                {"said", said}};
-    if (at == UpdatePhase::Write)
+    if (place.phase == UpdatePhase::Write)
         failure.insert(QStringLiteral("image"), place.image);
 }
 
@@ -150,6 +151,22 @@ void TraceReader::syncSucceeded(const QStringList &)
 void TraceReader::syncWentWrong(const QStringList &words)
 {
     syncSaid = saidWords(words);
+}
+
+void TraceReader::echoIsRead(const QStringList &words)
+{
+    readings.clear();
+    if (words.at(0) == words.at(1)) {
+        echoesLostAt.reset();
+        return;
+    }
+    const bool nothing = words.at(1).count(QLatin1Char('F')) == words.at(1).size();
+    if (echoesLostAt)
+        return;
+    echoesLostAt = place;
+    wrongEcho = nothing ? QStringLiteral("nothing") : QStringLiteral("0x") + words.at(1);
+    if (nothing)
+        tell({{"kind", "silent"}, {"text", QStringLiteral("the receiver is silent")}});
 }
 
 // Some exchanges have no line of their own; their first byte tells them.
@@ -288,6 +305,11 @@ void TraceReader::stepFailed(const QStringList &words)
     if (at == UpdatePhase::Identify && !syncSaid.isEmpty()) {
         place.phase = UpdatePhase::Sync;
         keepFailure(QStringLiteral("hdl_brom_start"), syncSaid);
+    } else if (echoesLostAt) {
+        place = *echoesLostAt;
+        keepFailure(label, wrongEcho);
+    } else if (label == QLatin1String("unknow_array")) {
+        keepFailure(label, saidWords(readings.mid(0, 2))); // a word, the status, a byte
     } else if (label.endsWith(QLatin1String("checksum"))) {
         keepFailure(label, checksums);
     } else if (label == QLatin1String("hdl_wirte_packet")) {

@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <optional>
+
 namespace bench {
 
 // Follows an update by the plug-in's trace, which is all that can be seen of one on a
@@ -42,6 +44,7 @@ private:
     void resetMoves(const QStringList &words);
     void syncSucceeded(const QStringList &words);
     void syncWentWrong(const QStringList &words);
+    void echoIsRead(const QStringList &words);
     void byteIsSent(const QStringList &words);
     void chipIsKnown(const QStringList &words);
     void agentLoads(const QStringList &words);
@@ -69,7 +72,11 @@ private:
     UpdatePhase at = UpdatePhase::Package;
     FailedStep place{};     // where a failure would be now
     bool chipAsked = false; // to identify itself; statuses before that decide nothing
-    QString syncSaid;       // in a synchronisation that went wrong
+    // Where the echoes went wrong that have been wrong ever since, and the first of them. The
+    // plug-in does not compare them and may go on for long with a receiver that has fallen silent.
+    std::optional<FailedStep> echoesLostAt;
+    QString wrongEcho;
+    QString syncSaid; // in a synchronisation that went wrong
     QString openingRate;
     QString checksums;    // that were compared last, in words
     QStringList readings; // since the last step ended

@@ -1,5 +1,6 @@
 #include "commandline.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -32,7 +33,9 @@ const Option kOptions[] = {
     {"usb0", "DIR", [](CommandLine *o) { return &o->usb[0]; }, nullptr,
      "a folder that stands for the disk on USB port 0; default: no disk"},
     {"usb1", "DIR", [](CommandLine *o) { return &o->usb[1]; }, nullptr, "the same for port 1"},
-    {"uart", "DEVICE", nullptr, nullptr, "a real serial device in place of the simulated receiver",
+    {"uart", "DEVICE", nullptr, nullptr,
+     "a real serial device in place of the simulated receiver;\n"
+     "with --flash again for each that is to be updated beside it",
      [](CommandLine *o) { return &o->uarts; }},
     {"attempts", "N", [](CommandLine *o) { return &o->attempts; }, nullptr,
      "with --flash: try N times at most, each from the reset; default: 1"},
@@ -67,8 +70,14 @@ std::string contradiction(const CommandLine &options)
     if (!options.flash
         && (!options.log.empty() || !options.format.empty() || !options.attempts.empty()))
         return "--attempts, --format and --log need --flash";
-    if (options.uarts.size() > 1)
-        return "--uart is given twice; a bench has one receiver";
+    if (options.uarts.size() > 1 && !options.flash)
+        return "--uart is given twice; only --flash takes several";
+    if (options.uarts.size() > 1 && !options.monitor.empty())
+        return "--monitor is for one bench; name one --uart";
+    for (auto uart = options.uarts.begin(); uart != options.uarts.end(); ++uart) {
+        if (std::find(options.uarts.begin(), uart, *uart) != uart)
+            return "--uart names " + *uart + " twice; name each device once";
+    }
     if (!options.format.empty() && options.format != "text" && options.format != "json")
         return "--format is " + options.format + "; wanted is text or json";
     if (!options.attempts.empty() && options.attemptCount() == 0)

@@ -3,6 +3,7 @@
 
 #include "appearance.h"
 #include "complaint.h"
+#include "flashseveral.h"
 #include "preparation.h"
 #include "session.h"
 
@@ -75,6 +76,8 @@ int benchMain(int argc, char **argv)
 
     RootLayout layout;
     if (!insidePrivateRoot()) {
+        if (options.uarts.size() > 1)
+            return flashSeveral(options);
         const int status = prepare(&options, &layout);
         if (status != kDone)
             return status;

@@ -1,63 +1,13 @@
-#include <QFile>
+#include "flashprogram.h"
+
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QtTest>
+
+using namespace flashprogram;
 
 namespace {
 
-const QString kBench = QStringLiteral(TESTMODE_BENCH);
-
-// A run that ends well takes about a second at full speed.
-constexpr int kLongestRun = 60000; // milliseconds
-
 const QStringList kImages = {"bootloader.bin", "partition_table.bin", "gnss_demo.bin",
                              "gnss_config.bin"};
-
-// A package of one packet an image, so that a run is short.
-const QMap<QString, int> kSizes = {{"bootloader.bin", 4097},
-                                   {"partition_table.bin", 100},
-                                   {"gnss_demo.bin", 4096},
-                                   {"gnss_config.bin", 1}};
-
-struct Outcome
-{
-    int status = -1;
-    QByteArray output;
-    QByteArray errors;
-
-    QList<QJsonObject> events() const
-    {
-        QList<QJsonObject> list;
-        for (const QByteArray &line : output.trimmed().split('\n'))
-            list << QJsonDocument::fromJson(line).object();
-        return list;
-    }
-    QList<QJsonObject> events(const QString &kind) const
-    {
-        QList<QJsonObject> list;
-        for (const QJsonObject &event : events()) {
-            if (event.value("kind") == kind)
-                list << event;
-        }
-        return list;
-    }
-};
-
-void makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), qint64(content.size()));
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 } // namespace
 
@@ -75,43 +25,20 @@ private slots:
     void wholeTraceIsInTheLog();
     void failedStepIsToldInWords();
     void secondAttemptBeginsAtTheReset();
+    void wrongWordsAreOneLineAndAStatus_data();
+    void wrongWordsAreOneLineAndAStatus();
 
 private:
-    QString path(const QString &name) const { return folder->filePath(name); }
-    QStringList words(const QStringList &more = {}) const;
-    Outcome flash(const QStringList &more = {});
+    QString path(const QString &name) const { return place->path(name); }
+    Outcome flash(const QStringList &more = {}) { return place->run(more); }
     QString unitWith(const QByteArray &faults);
 
-    QScopedPointer<QTemporaryDir> folder;
+    QScopedPointer<Workplace> place;
 };
 
 void TestFlashRun::init()
 {
-    folder.reset(new QTemporaryDir);
-    QVERIFY(folder->isValid());
-    QVERIFY(QDir(folder->path()).mkdir("package"));
-    makeFile(path("package/flash_download.cfg"), "any");
-    for (auto size = kSizes.begin(); size != kSizes.end(); ++size)
-        makeFile(path("package/" + size.key()), QByteArray(size.value(), 'x'));
-}
-
-QStringList TestFlashRun::words(const QStringList &more) const
-{
-    return QStringList{"--flash",       "--full-speed", "--package",
-                       path("package"), "--log",        path("log")}
-    + more;
-}
-
-Outcome TestFlashRun::flash(const QStringList &more)
-{
-    QProcess process;
-    process.start(kBench, words(more));
-    Outcome outcome;
-    if (process.waitForFinished(kLongestRun) && process.exitStatus() == QProcess::NormalExit)
-        outcome.status = process.exitCode();
-    outcome.output = process.readAllStandardOutput();
-    outcome.errors = process.readAllStandardError();
-    return outcome;
+    place.reset(new Workplace);
 }
 
 // A file for --unit with faults of the receiver.
@@ -148,7 +75,7 @@ void TestFlashRun::jsonTellsThePhasesInOrder()
                      "greet-stage-1", "check-line", "load-stage-2", "start-stage-2",
                      "prepare-stage-2", "write", "write", "write", "write", "end"}));
     QCOMPARE(outcome.events().first().value("kind").toString(), QString("start"));
-    QCOMPARE(outcome.events().first().value("log").toString(), path("log"));
+    QCOMPARE(outcome.events().first().value("log").toString(), path("run.log"));
     QCOMPARE(outcome.events().last().value("kind").toString(), QString("result"));
     QCOMPARE(outcome.events().last().value("ok").toBool(), true);
     const QJsonObject flash = outcome.events("flash").value(0);
@@ -176,7 +103,7 @@ void TestFlashRun::progressNeverFallsAndEndsAtAll()
 void TestFlashRun::wholeTraceIsInTheLog()
 {
     QCOMPARE(flash().status, 0);
-    const QByteArray log = contentOf(path("log"));
+    const QByteArray log = contentOf(path("run.log"));
     for (const char *line : {"hdl_brom_start pass\n", "hdl_connect success\n",
                              "hdl_da_download (bootloader.bin) packet 2/2 1\n",
                              "hdl_download success\n", "-- update completely.\n"})
@@ -215,6 +142,66 @@ void TestFlashRun::secondAttemptBeginsAtTheReset()
     QCOMPARE(resets, 2);
     QCOMPARE(outcome.events("result").size(), 1);
     QCOMPARE(outcome.events("result").first().value("attempts").toInt(), 2);
+}
+
+void TestFlashRun::wrongWordsAreOneLineAndAStatus_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("line"); // %1: the test's folder
+
+    QTest::newRow("format") << QStringList{"--flash", "--format", "xml"} << 2
+                            << "--format is xml; wanted is text or json";
+    for (const char *count : {"0", "-1", "101", "2x", "many"}) {
+        QTest::newRow(count)
+            << QStringList{"--flash", "--attempts", count} << 2
+            << QString("--attempts is %1; wanted is a whole number from 1 to 100").arg(count);
+    }
+    for (const char *option : {"--attempts", "--format", "--log"}) {
+        QTest::newRow(option) << QStringList{"--monitor", "%1/socket", option, "x"} << 2
+                              << "--attempts, --format and --log need --flash";
+    }
+    QTest::newRow("with a tour") << QStringList{"--flash", "--tour", "%1/tour"} << 2
+                                 << "--flash and --tour exclude each other; choose one";
+    QTest::newRow("several by hand") << QStringList{"--uart", "/dev/a", "--uart", "/dev/b"} << 2
+                                     << "--uart is given twice; only --flash takes several";
+    QTest::newRow("the same twice")
+        << QStringList{"--flash", "--uart", "/dev/a", "--uart", "/dev/a"} << 2
+        << "--uart names /dev/a twice; name each device once";
+    QTest::newRow("several on one socket")
+        << QStringList{"--flash", "--monitor", "%1/socket", "--uart", "/dev/a", "--uart", "/dev/b"}
+        << 2 << "--monitor is for one bench; name one --uart";
+    QTest::newRow("log is a folder")
+        << QStringList{"--flash", "--log", "%1"} << 3 << "--log: %1 is no file; name another";
+    QTest::newRow("log below a file")
+        << QStringList{"--flash", "--log", "%1/package/gnss_demo.bin/log"} << 3
+        << "--log: %1/package/gnss_demo.bin/log cannot be written (Not a directory); name "
+           "another file";
+    QTest::newRow("log is the system's")
+        << QStringList{"--flash", "--log", "/proc/log"} << 3
+        << "--log: /proc/log is the system's; name a file of your own";
+    QTest::newRow("no package") << QStringList{
+        "--flash", "--package",
+        "%1/none"} << 3 << "--package: %1/none is no folder; name a folder with an update package";
+    QTest::newRow("no device")
+        << QStringList{"--flash", "--uart", "%1/none"} << 3
+        << "--uart: %1/none is not there; plug the adapter in, or name another device";
+}
+
+void TestFlashRun::wrongWordsAreOneLineAndAStatus()
+{
+    QFETCH(QStringList, words);
+    QFETCH(QString, line);
+    const QString folder = place->folder.path();
+    QProcess process;
+    process.start(kBench, words.replaceInStrings("%1", folder));
+    const Outcome outcome = Workplace::endOf(&process);
+    QTEST(outcome.status, "status");
+    QCOMPARE(QString::fromUtf8(outcome.errors),
+             "testmode-bench: " + line.replace("%1", folder) + "\n");
+    QCOMPARE(outcome.output, QByteArray());
+    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{"package"});
 }
 
 QTEST_GUILESS_MAIN(TestFlashRun)

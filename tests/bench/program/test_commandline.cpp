@@ -216,9 +216,10 @@ void TestCommandLine::helpNamesEveryOption()
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.errors, QByteArray());
     for (const char *word :
-         {"--tour DIR", "--monitor SOCKET", "--package DIR", "--usb0 DIR", "--usb1 DIR",
-          "--uart DEVICE", "--unit FILE", "--plugin FILE", "--pictures DIR", "--full-speed",
-          "--trace", "--help", "--version", "Examples:", "Exit status:"})
+         {"--tour DIR", "--monitor SOCKET", "--package DIR", "--usb0 DIR", "--usb1 DIR", "--flash",
+          "--uart DEVICE", "--attempts N", "--format FORMAT", "--log FILE", "--unit FILE",
+          "--plugin FILE", "--pictures DIR", "--full-speed", "--trace", "--help", "--version",
+          "Examples:", "Exit status:"})
         QVERIFY2(outcome.output.contains(word), word);
 }
 

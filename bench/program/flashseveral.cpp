@@ -1,0 +1,56 @@
+#include "flashseveral.h"
+
+#include "bench/flash/report.h"
+#include "bench/flash/sidebyside.h"
+
+#include <QCoreApplication>
+
+#include <filesystem>
+#include <memory>
+
+namespace bench {
+
+namespace {
+
+// `run.log` of the receiver on /dev/ttyUSB0 is `run-ttyUSB0.log`.
+std::string logOf(const std::string &uart, const std::string &log)
+{
+    if (log.empty())
+        return log;
+    const std::filesystem::path path = log;
+    const std::string name = path.stem().string() + "-"
+        + std::filesystem::path(uart).filename().string() + path.extension().string();
+    return path.parent_path() / name;
+}
+
+SideBySide::Order orderFor(const std::string &uart, CommandLine options)
+{
+    options.uarts = {uart};
+    options.format = "json";
+    options.log = logOf(uart, options.log);
+    QStringList words;
+    for (const std::string &word : commandLineWords(options))
+        words << QString::fromLocal8Bit(word.c_str());
+    return {QString::fromLocal8Bit(uart.c_str()), words.mid(1)};
+}
+
+} // namespace
+
+int flashSeveral(const CommandLine &options)
+{
+    char name[] = "testmode-bench";
+    char *words[] = {name, nullptr};
+    int count = 1;
+    QCoreApplication application(count, words);
+
+    QVector<SideBySide::Order> orders;
+    QStringList names;
+    for (const std::string &uart : options.uarts) {
+        orders.append(orderFor(uart, options));
+        names << orders.last().uart;
+    }
+    const std::unique_ptr<Report> report = makeReport({stdout, names, options.format == "json"});
+    return SideBySide(QCoreApplication::applicationFilePath(), orders, report.get()).run();
+}
+
+} // namespace bench
