@@ -1,6 +1,7 @@
 #include "unitmethods.h"
 
 #include "dispatcher.h"
+#include "unitvalues.h"
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/unitdocument.h"
@@ -35,15 +36,6 @@ QJsonObject emitSignal(const QString &name)
     return {};
 }
 
-QJsonArray describePaths(const UnitDocument &document)
-{
-    QJsonArray rows;
-    for (const UnitDocument::Entry &entry : document.entries())
-        rows.append(QJsonObject{
-            {"path", entry.path}, {"type", entry.type}, {"description", entry.description}});
-    return rows;
-}
-
 void addUnitEvents(Dispatcher *dispatcher)
 {
     dispatcher->addEvent("unit.popup", "'text': a message that the unit shows for a while");
@@ -64,15 +56,6 @@ void addUnitEvents(Dispatcher *dispatcher)
 }
 
 } // namespace
-
-void setUnitValue(UnitDocument *document, const QString &path, const QJsonValue &value)
-{
-    const UnitDocument::Problem problem = document->setValue(path, value);
-    if (problem.kind != UnitDocument::Problem::None)
-        throw CallError(problem.kind == UnitDocument::Problem::UnknownKey ? ErrorClass::NotFound
-                                                                          : ErrorClass::Argument,
-                        problem.message);
-}
 
 void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document)
 {

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <QJsonValue>
-#include <QString>
-
 namespace bench {
 
 class Dispatcher;
@@ -11,9 +8,6 @@ class UnitDocument;
 // unit.get, unit.set and unit.emit, and the unit's events. The document
 // outlives the dispatcher.
 void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document);
-
-// Writes to the document. Throws CallError with NotFound or Argument.
-void setUnitValue(UnitDocument *document, const QString &path, const QJsonValue &value);
 
 // unit.file.* and unit.memory.*: what the plug-in sees of the file system.
 void addFileMethods(Dispatcher *dispatcher);

@@ -13,6 +13,7 @@
 #include "bench/root/privateroot.h"
 #include "bench/tour/tour.h"
 #include "bench/unit/headunit.h"
+#include "bench/unit/unitpaths.h"
 
 #include <QApplication>
 #include <QFile>
@@ -30,7 +31,8 @@ const QString kUart = QStringLiteral("/dev/ttyS4");
 } // namespace
 
 Session::Session(const CommandLine &commandLine)
-    : options(commandLine), document(&unit()), stopRequests(stopDescriptor(), QSocketNotifier::Read)
+    : options(commandLine), document(pathsOf(&unit())),
+      stopRequests(stopDescriptor(), QSocketNotifier::Read)
 {
     trace.setQuiet(!options.trace);
     connect(&stopRequests, &QSocketNotifier::activated, this, &Session::end);

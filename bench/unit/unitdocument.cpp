@@ -1,7 +1,5 @@
 #include "unitdocument.h"
 
-#include "unitpaths.h"
-
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -96,8 +94,6 @@ UnitDocument::Problem wrongValue(const QString &message)
 }
 
 } // namespace
-
-UnitDocument::UnitDocument(HeadUnit *unit) : table(pathsOf(unit)) { }
 
 void UnitDocument::add(const Entry &entry)
 {

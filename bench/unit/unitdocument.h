@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform_api.h"
-
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
@@ -13,12 +11,10 @@
 
 namespace bench {
 
-class HeadUnit;
-
 // The state of the unit as one JSON document: a table of paths
 // ("gnss.module_kind") over the model's structures. A path may lead on into a
 // value that is a list or an object. GUI thread; the model outlives it.
-class PLATFORM_API UnitDocument
+class UnitDocument
 {
 public:
     // One value of the model.
@@ -42,8 +38,7 @@ public:
         QString message;
     };
 
-    // A document with the paths of that unit.
-    explicit UnitDocument(HeadUnit *unit);
+    explicit UnitDocument(const QVector<Entry> &paths = {}) : table(paths) { }
 
     // Further paths, for a party that is no part of the model.
     void add(const Entry &entry);
@@ -70,6 +65,6 @@ private:
 
 // Reads a document from a file into the unit. Empty, or one line that names the
 // file, the key and what is wrong; nothing has changed then.
-PLATFORM_API QString loadUnitFile(UnitDocument *document, const QString &file);
+QString loadUnitFile(UnitDocument *document, const QString &file);
 
 } // namespace bench

@@ -2,9 +2,13 @@
 
 #include "unitdocument.h"
 
+#include "platform_api.h"
+
 namespace bench {
 
+class HeadUnit;
+
 // The table of the model's own paths, in the order in which they are written.
-QVector<UnitDocument::Entry> pathsOf(HeadUnit *unit);
+PLATFORM_API QVector<UnitDocument::Entry> pathsOf(HeadUnit *unit);
 
 } // namespace bench

@@ -5,6 +5,7 @@
 #include "bench/monitor/logmethods.h"
 #include "bench/monitor/unitmethods.h"
 #include "bench/unit/unitdocument.h"
+#include "bench/unit/unitpaths.h"
 #include "gpsservice/gpsservice.h"
 
 #include <QSignalSpy>
@@ -62,7 +63,7 @@ private:
         return tests::errorOf(dispatcher.get(), method, params);
     }
 
-    bench::UnitDocument document{&unit()};
+    bench::UnitDocument document{bench::pathsOf(&unit())};
     std::unique_ptr<bench::Dispatcher> dispatcher;
 };
 

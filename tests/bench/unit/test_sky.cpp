@@ -2,6 +2,7 @@
 
 #include "bench/unit/sky.h"
 #include "bench/unit/unitdocument.h"
+#include "bench/unit/unitpaths.h"
 #include "gpsservice/gpsservice.h"
 
 #include <QSet>
@@ -411,7 +412,7 @@ void TestSky::receiverCommandsReachTheSky()
 void TestSky::unitDocumentSwitchesAndSeedsTheSky()
 {
     QSignalSpy refreshed(GpsService::instance(), SIGNAL(krnmInfoRefresh(krnmINFO)));
-    bench::UnitDocument document(&bench::unit());
+    bench::UnitDocument document(bench::pathsOf(&bench::unit()));
     QCOMPARE(document.value("gnss.sky").value(), QJsonValue(false));
     QCOMPARE(document.value("gnss.sky_seed").value(), QJsonValue(1));
 

@@ -1,6 +1,7 @@
 #include "tests/support/unittest.h"
 
 #include "bench/unit/unitdocument.h"
+#include "bench/unit/unitpaths.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -116,7 +117,7 @@ private slots:
     void badFileIsRefused();
 
 private:
-    UnitDocument document{&unit()};
+    UnitDocument document{bench::pathsOf(&unit())};
 };
 
 void TestUnitDocument::everyPathReadsAndWrites_data()
