@@ -1,7 +1,7 @@
 #include "receivermethods.h"
 
 #include "dispatcher.h"
-#include "unitmethods.h"
+#include "unitvalues.h"
 #include "waiting.h"
 
 #include "bench/receiver/receiver.h"
@@ -161,6 +161,8 @@ Method::Handler asked(const Receiver *receiver, Answer answer)
 QVector<Parameter> settingsParameters()
 {
     return {optional("powered", ParameterType::Boolean, "off: silent, but the line stays up"),
+            optional("reset_on_sync", ParameterType::Boolean,
+                     "the first synchronisation byte after silence resets the receiver"),
             optional("line_rate", ParameterType::Boolean,
                      "answers wait until their bytes would have passed the line"),
             optional("download_rate", ParameterType::Integer,
@@ -201,6 +203,18 @@ void addSettings(Dispatcher *dispatcher, UnitDocument *document, Receiver *recei
                      "Changes how the receiver is built; counts from its next use",
                      "line_rate=false", asked(receiver, [document](const Call &call) {
                          setUnitValue(document, kBranch, call.arguments.object());
+                         call.responder.succeed();
+                     })});
+    dispatcher->add({"receiver.reset",
+                     {optional("asserted", ParameterType::Boolean,
+                               "holds the line, or lets it go; left out: a pulse")},
+                     "Drives the reset line",
+                     "",
+                     asked(receiver, [receiver](const Call &call) {
+                         if (call.arguments.has("asserted"))
+                             receiver->setReset(call.arguments.value("asserted").toBool());
+                         else
+                             receiver->pulseReset();
                          call.responder.succeed();
                      })});
     dispatcher->add(

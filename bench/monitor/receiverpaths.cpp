@@ -170,6 +170,8 @@ void addReceiverPaths(UnitDocument *document, Receiver *receiver)
     using Settings = ReceiverSettings;
     document->add(boolean("receiver.powered", receiver, &Settings::powered,
                           "off: silent, but the line stays up"));
+    document->add(boolean("receiver.reset_on_sync", receiver, &Settings::resetOnSync,
+                          "the first synchronisation byte after silence resets the receiver"));
     document->add(boolean("receiver.line_rate", receiver, &Settings::keepLineRate,
                           "answers wait until their bytes would have passed the line"));
     document->add(integer("receiver.download_rate", receiver, &Settings::downloadRate,

@@ -1,6 +1,6 @@
 #include "preparation.h"
 
-#include "serialdevice.h"
+#include "bench/serial/serialdevice.h"
 
 #include <cerrno>
 #include <cstdlib>

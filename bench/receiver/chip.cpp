@@ -31,6 +31,7 @@ ReceiverPhase Chip::live(ReceiverPhase phase)
         || (phase == ReceiverPhase::BootRom && current != ReceiverPhase::Reset))
         restart();
     current = phase;
+    uart.setPhase(phase);
     logbook.enter(phase);
     pins.acknowledge();
     switch (phase) {

@@ -24,6 +24,15 @@ int Flash::writeSector(quint32 address, const QByteArray &bytes, int image)
     return before == image ? 0 : before;
 }
 
+bool Flash::load(const QByteArray &whole)
+{
+    if (whole.size() != static_cast<int>(kSize))
+        return false;
+    const QMutexLocker lock(&mutex);
+    content = whole;
+    return true;
+}
+
 QByteArray Flash::read(quint32 address, int length) const
 {
     if (length < 0 || !contains(address, static_cast<quint32>(length)))

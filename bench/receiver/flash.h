@@ -22,6 +22,9 @@ public:
     // reset, when that was another one; else 0. The address is a sector's, in the flash.
     int writeSector(quint32 address, const QByteArray &bytes, int image);
 
+    // Replaces the whole content; false when it has another size.
+    bool load(const QByteArray &whole);
+
     // Empty when the range leaves the flash.
     QByteArray read(quint32 address, int length) const;
 

@@ -38,10 +38,46 @@ std::chrono::nanoseconds onTheLine(int count, int baud)
     return std::chrono::nanoseconds(INT64_C(10000000000) * count / baud);
 }
 
+// How soon a device is looked for again that has gone.
+constexpr std::chrono::milliseconds kLookEvery(100);
+
 QString failure(const char *what)
 {
     return QStringLiteral("the receiver's line: %1: %2")
-        .arg(QString::fromLatin1(what), QString::fromLocal8Bit(std::strerror(errno)));
+        .arg(QString::fromLocal8Bit(what), QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+bool makeRaw(int terminal)
+{
+    termios settings = {};
+    if (::tcgetattr(terminal, &settings) != 0)
+        return false;
+    ::cfmakeraw(&settings);
+    settings.c_cflag |= CLOCAL | CREAD; // lives on when the host's end is closed
+    return ::tcsetattr(terminal, TCSANOW, &settings) == 0;
+}
+
+int openTerminal(const QString &path)
+{
+    const int terminal =
+        ::open(path.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (terminal < 0 || makeRaw(terminal))
+        return terminal;
+    ::close(terminal);
+    return -1;
+}
+
+// ppoll with a point in time in place of a span.
+int pollUntil(pollfd *descriptors, nfds_t count, std::optional<Clock::time_point> deadline)
+{
+    timespec rest = {};
+    if (deadline) {
+        const auto left = std::max(std::chrono::nanoseconds(0),
+                                   std::chrono::nanoseconds(*deadline - Clock::now()));
+        rest.tv_sec = static_cast<time_t>(left.count() / 1000000000);
+        rest.tv_nsec = static_cast<long>(left.count() % 1000000000);
+    }
+    return ::ppoll(descriptors, count, deadline ? &rest : nullptr, nullptr);
 }
 
 } // namespace
@@ -61,21 +97,16 @@ Clock::time_point LineClock::departure(Clock::time_point earliest, int count, in
 bool Line::open(QString *error)
 {
     char name[PATH_MAX];
-    termios settings = {};
     const char *step = "posix_openpt";
-    master = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-    bool good = master >= 0;
+    own = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    bool good = own >= 0;
     if (good)
-        good = ::grantpt(master) == 0 && ::unlockpt(master) == 0
-            && ::ptsname_r(master, name, sizeof name) == 0;
+        good =
+            ::grantpt(own) == 0 && ::unlockpt(own) == 0 && ::ptsname_r(own, name, sizeof name) == 0;
     if (good) {
         step = name;
         slave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
-        good = slave >= 0 && ::tcgetattr(slave, &settings) == 0;
-    }
-    if (good) {
-        ::cfmakeraw(&settings);
-        good = ::tcsetattr(slave, TCSANOW, &settings) == 0;
+        good = slave >= 0 && makeRaw(slave);
     }
     if (!good) {
         if (error != nullptr)
@@ -83,7 +114,19 @@ bool Line::open(QString *error)
         close();
         return false;
     }
-    slavePath = QString::fromLocal8Bit(name);
+    hostPath = QString::fromLocal8Bit(name);
+    return true;
+}
+
+bool Line::openDevice(const QString &device, QString *error)
+{
+    own = openTerminal(device);
+    if (own < 0) {
+        if (error != nullptr)
+            *error = failure(device.toLocal8Bit().constData());
+        return false;
+    }
+    hostPath = device;
     return true;
 }
 
@@ -91,45 +134,54 @@ void Line::close()
 {
     if (slave >= 0)
         ::close(slave);
-    if (master >= 0)
-        ::close(master);
+    if (own >= 0)
+        ::close(own);
     slave = -1;
-    master = -1;
-    slavePath.clear();
+    own = -1;
+    hostPath.clear();
 }
 
-Line::Event Line::wait(int wakeDescriptor, std::optional<Clock::time_point> deadline,
-                       bool forBytes) const
+Line::Event Line::wait(int wakeDescriptor, std::optional<Clock::time_point> deadline, bool forBytes)
 {
-    pollfd descriptors[] = {{wakeDescriptor, POLLIN, 0}, {forBytes ? master : -1, POLLIN, 0}};
-    timespec rest = {};
-    if (deadline) {
-        const auto left = std::max(std::chrono::nanoseconds(0),
-                                   std::chrono::nanoseconds(*deadline - Clock::now()));
-        rest.tv_sec = static_cast<time_t>(left.count() / 1000000000);
-        rest.tv_nsec = static_cast<long>(left.count() % 1000000000);
-    }
-    const int ready =
-        ::ppoll(descriptors, std::size(descriptors), deadline ? &rest : nullptr, nullptr);
+    if (own < 0)
+        return awaitDevice(wakeDescriptor, deadline);
+    pollfd descriptors[] = {{wakeDescriptor, POLLIN, 0}, {forBytes ? own : -1, POLLIN, 0}};
+    const int ready = pollUntil(descriptors, std::size(descriptors), deadline);
     if (ready < 0 || (descriptors[0].revents & POLLIN) != 0)
         return Event::Woken; // an interrupting signal: the caller looks again
     return ready > 0 ? Event::Bytes : Event::Deadline;
 }
 
-QByteArray Line::read() const
+// The caller looks again after this, whether the device is back or not.
+Line::Event Line::awaitDevice(int wakeDescriptor, std::optional<Clock::time_point> deadline)
+{
+    pollfd wake = {wakeDescriptor, POLLIN, 0};
+    const Clock::time_point next = Clock::now() + kLookEvery;
+    pollUntil(&wake, 1, deadline ? std::min(*deadline, next) : next);
+    own = openTerminal(hostPath);
+    return Event::Woken;
+}
+
+QByteArray Line::read()
 {
     char buffer[8192];
-    const ssize_t count = ::read(master, buffer, sizeof buffer);
+    const ssize_t count = ::read(own, buffer, sizeof buffer);
+    const bool gone = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
+    if (gone && isDevice()
+        && own >= 0) { // it was pulled: the terminal never comes back, another may
+        ::close(own);
+        own = -1;
+    }
     return count > 0 ? QByteArray(buffer, static_cast<int>(count)) : QByteArray();
 }
 
 int Line::write(const QByteArray &bytes) const
 {
-    const ssize_t count = ::write(master, bytes.constData(), static_cast<size_t>(bytes.size()));
+    const ssize_t count = ::write(own, bytes.constData(), static_cast<size_t>(bytes.size()));
     return count > 0 ? static_cast<int>(count) : 0;
 }
 
-void Line::discardInput() const
+void Line::discardInput()
 {
     while (!read().isEmpty()) { }
 }
@@ -137,7 +189,7 @@ void Line::discardInput() const
 int Line::hostBaud() const
 {
     termios settings = {};
-    if (::tcgetattr(master, &settings) != 0)
+    if (isDevice() || ::tcgetattr(own, &settings) != 0)
         return 0;
     const speed_t code = ::cfgetospeed(&settings);
     const auto *const found = std::find_if(std::begin(kRates), std::end(kRates),
@@ -148,7 +200,7 @@ int Line::hostBaud() const
 bool Line::hostFlowControl() const
 {
     termios settings = {};
-    return ::tcgetattr(master, &settings) == 0 && (settings.c_iflag & IXON) != 0;
+    return !isDevice() && ::tcgetattr(own, &settings) == 0 && (settings.c_iflag & IXON) != 0;
 }
 
 } // namespace bench::chip

@@ -26,8 +26,9 @@ private:
     Clock::time_point busyUntil;
 };
 
-// The pseudo-terminal. Owns the master and one raw slave descriptor, which keeps the
-// line alive and free of echo while no host has it open. Receiver's thread, once open.
+// The receiver's end of the line. Of a pseudo-terminal it owns the master and one raw slave
+// descriptor, which keeps the line alive and free of echo while no host has it open. A
+// device that goes is opened again when it is back. Receiver's thread, once open.
 class Line
 {
 public:
@@ -38,24 +39,28 @@ public:
     Line &operator=(const Line &) = delete;
     ~Line() { close(); }
 
-    bool open(QString *error);
+    bool open(QString *error); // a pseudo-terminal
+    bool openDevice(const QString &device, QString *error);
     void close();
-    QString path() const { return slavePath; }
+    QString path() const { return hostPath; }
 
     // Sleeps until bytes are there (with `forBytes`), `wakeDescriptor` is readable or the deadline.
-    Event wait(int wakeDescriptor, std::optional<Clock::time_point> deadline, bool forBytes) const;
+    Event wait(int wakeDescriptor, std::optional<Clock::time_point> deadline, bool forBytes);
 
-    QByteArray read() const;                  // what is there; empty: nothing
+    QByteArray read();                        // what is there; empty: nothing
     int write(const QByteArray &bytes) const; // bytes that fitted: a line does not wait
-    void discardInput() const;
+    void discardInput();
 
-    int hostBaud() const;         // as the host set the port; 0: not one of the standard rates
+    int hostBaud() const;         // as the host set the port; 0: not to be known
     bool hostFlowControl() const; // the host's port takes XON and XOFF for itself
 
 private:
-    int master = -1;
-    int slave = -1;
-    QString slavePath;
+    bool isDevice() const { return slave < 0; }
+    Event awaitDevice(int wakeDescriptor, std::optional<Clock::time_point> deadline);
+
+    int own = -1; // the pseudo-terminal's master, or the device; -1: closed, or the device is gone
+    int slave = -1; // of a pseudo-terminal
+    QString hostPath;
 };
 
 } // namespace bench::chip

@@ -27,11 +27,22 @@ Receiver::~Receiver()
 
 QString Receiver::open(QString *error)
 {
+    return start(error, [this](QString *why) { return parts->chip.line.open(why); });
+}
+
+QString Receiver::openDevice(const QString &device, QString *error)
+{
+    return start(error,
+                 [this, device](QString *why) { return parts->chip.line.openDevice(device, why); });
+}
+
+QString Receiver::start(QString *error, const std::function<bool(QString *)> &openLine)
+{
     const QMutexLocker lock(&parts->opening);
     if (parts->thread)
         return path();
     chip::Chip &chip = parts->chip;
-    if (!chip.line.open(error))
+    if (!openLine(error))
         return QString();
     parts->path.set(chip.line.path());
     chip.pins.listen();
@@ -63,6 +74,12 @@ void Receiver::close()
 void Receiver::setReset(bool asserted)
 {
     parts->chip.pins.setReset(asserted);
+}
+
+void Receiver::pulseReset()
+{
+    setReset(true);
+    setReset(false);
 }
 
 ReceiverSettings Receiver::settings() const
@@ -105,6 +122,21 @@ void Receiver::clearRecord()
 QByteArray Receiver::flash(quint32 address, int length) const
 {
     return parts->chip.flash.read(address, length);
+}
+
+int Receiver::flashSize()
+{
+    return static_cast<int>(chip::Flash::kSize);
+}
+
+QByteArray Receiver::wholeFlash() const
+{
+    return flash(chip::Flash::kBase, flashSize());
+}
+
+bool Receiver::setFlash(const QByteArray &content)
+{
+    return parts->chip.flash.load(content);
 }
 
 QVector<DialogueLine> Receiver::dialogue(int since) const

@@ -5,11 +5,12 @@
 
 #include <QObject>
 
+#include <functional>
 #include <memory>
 
 namespace bench {
 
-// The simulated GNSS receiver on a pseudo-terminal. It lives on a thread of its own
+// The simulated GNSS receiver on a serial line. It lives on a thread of its own
 // from open() to close(); every function may be called from any thread.
 class Receiver : public QObject
 {
@@ -19,9 +20,13 @@ public:
     explicit Receiver(QObject *parent = nullptr);
     ~Receiver() override;
 
-    // Makes the line and starts the receiver, which runs its application. Returns the
-    // path that a host opens; empty with `error` set when the machine gives no line.
+    // Makes a pseudo-terminal and starts the receiver, which runs its application. Returns
+    // the path that a host opens; empty with `error` set when the machine gives no line.
     QString open(QString *error = nullptr);
+
+    // The same on a terminal that is there already: the path is that terminal's. It may go and
+    // come back meanwhile. Its rate is not touched, and the host's is not to be known.
+    QString openDevice(const QString &device, QString *error = nullptr);
     QString path() const; // empty while closed
 
     // Takes the line down. Flash, settings and faults stay; another open() makes a new line.
@@ -30,6 +35,7 @@ public:
     // The reset line. Returns when the receiver has seen the change, so that bytes sent
     // before it meet the old state and bytes sent after it the new one.
     void setReset(bool asserted);
+    void pulseReset();
 
     ReceiverSettings settings() const;
     void setSettings(const ReceiverSettings &settings);
@@ -45,6 +51,11 @@ public:
     // 4 MiB at 0x08000000, 0xFF where nothing was written; empty when the range leaves it.
     QByteArray flash(quint32 address, int length) const;
 
+    // All of the flash. false: `content` has another size, and nothing has changed.
+    static int flashSize();
+    QByteArray wholeFlash() const;
+    bool setFlash(const QByteArray &content);
+
     // Lines with a number above `since`; the last 20000 are kept.
     QVector<DialogueLine> dialogue(int since = 0) const;
 
@@ -54,6 +65,8 @@ signals:
     void anomalyFound(const QString &text);
 
 private:
+    QString start(QString *error, const std::function<bool(QString *)> &openLine);
+
     struct Parts;
     std::unique_ptr<Parts> parts;
 };

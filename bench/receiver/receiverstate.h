@@ -13,6 +13,7 @@ namespace bench {
 struct ReceiverSettings
 {
     bool powered = true;       // off: silent, but the line stays up
+    bool resetOnSync = false;  // the synchronisation's first byte after silence counts as a reset
     bool keepLineRate = true;  // answers wait until the bytes would have passed the line
     int downloadRate = 921600; // baud after the switch; 0: takes the rate that the host then uses
     quint16 hwCode = 0x2C40;

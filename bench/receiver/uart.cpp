@@ -6,6 +6,7 @@
 #include "wire.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace bench::chip {
 
@@ -15,6 +16,9 @@ namespace {
 constexpr std::chrono::milliseconds kNeighbourPatience(50);
 
 constexpr quint32 kGarbageBytes = 8;
+
+// A host that begins anew has been quiet before: shorter than the reset pulse that it gives.
+constexpr std::chrono::milliseconds kSilence(90);
 
 // What a byte looks like that is read at another rate than it was sent at.
 QByteArray garbled(const QByteArray &bytes)
@@ -38,7 +42,7 @@ void Uart::restart()
 {
     here = Place();
     counts.clear();
-    arrivals.clear();
+    arrivals = std::exchange(opening, {});
     understoodBytes.clear();
     fromHost.restart();
     toHost.restart();
@@ -170,7 +174,26 @@ void Uart::readLine()
         const Clock::time_point arrived = keepLineRate ? fromHost.arrival(now, rate) : now;
         arrivals.push_back({static_cast<quint8>(byte), hostBaud, arrived});
     }
+    const bool opens = opensDialogue(bytes, hostBaud, now);
+    busyAt = now;
     logbook.received(bytes.size(), hostBaud);
+    if (!opens)
+        return;
+    record(DialogueLine::Event,
+           QStringLiteral("a synchronisation after silence resets the receiver"));
+    opening = std::exchange(arrivals, {});
+    throw Left{ReceiverPhase::BootRom};
+}
+
+// Within a dialogue no host sends this byte alone after a silence. A boot ROM that waits for
+// it hears it anyway, unless it listens at another rate.
+bool Uart::opensDialogue(const QByteArray &bytes, int hostBaud, Clock::time_point now) const
+{
+    const bool deaf = phase == ReceiverPhase::Reset || phase == ReceiverPhase::Off;
+    const bool heardAnyway = phase == ReceiverPhase::BootRom && here.step == ReceiverStep::Sync
+        && (ownBaud == kAnyBaud || hostBaud == 0 || hostBaud == ownBaud);
+    return settings.get().resetOnSync && !deaf && !heardAnyway && now - busyAt >= kSilence
+        && bytes.count(static_cast<char>(wire::kSync[0])) == bytes.size();
 }
 
 const Uart::RawByte &Uart::nextUnderstood()
@@ -342,6 +365,7 @@ void Uart::transmit(const QByteArray &bytes)
                     .arg(hostBaud),
                 QStringLiteral("the host at %1 baud").arg(ownBaud));
     }
+    busyAt = Clock::now();
     const int written = line.write(readable ? bytes : garbled(bytes));
     logbook.sent(written);
     if (written < bytes.size())

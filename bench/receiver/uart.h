@@ -37,7 +37,12 @@ public:
     Uart(Line &usedLine, Pins &usedPins, Faults &usedFaults, Dialogue &usedDialogue,
          Record &usedRecord, const Guarded<ReceiverSettings> &usedSettings);
 
-    void restart(); // out of reset: any rate, no watchdog, nothing in the buffers
+    // Out of reset: any rate, no watchdog, nothing in the buffers but the bytes that were taken
+    // for a reset.
+    void restart();
+
+    // What the receiver does now, for the reset by the synchronisation's first byte.
+    void setPhase(ReceiverPhase now) { phase = now; }
 
     // Where the dialogue stands.
     const Place &place() const { return here; }
@@ -85,6 +90,7 @@ private:
 
     void wait(std::optional<Clock::time_point> until, bool forBytes);
     void readLine();
+    bool opensDialogue(const QByteArray &bytes, int hostBaud, Clock::time_point now) const;
     const RawByte &nextUnderstood();
     void dropMisread();
     bool understood(const RawByte &byte) const;
@@ -102,12 +108,15 @@ private:
     Record &logbook;
     const Guarded<ReceiverSettings> &settings;
 
+    ReceiverPhase phase = ReceiverPhase::Application;
     Place here;
     std::map<ReceiverStep, int> counts;
     LineClock fromHost;
     LineClock toHost;
     std::deque<RawByte> arrivals;       // read from the line, not yet looked at
     std::deque<quint8> understoodBytes; // behind the faults
+    std::deque<RawByte> opening;        // taken for a reset: the first bytes after it
+    Clock::time_point busyAt;           // when a byte last passed in either direction
     Clock::time_point heardAt;          // when the last byte that was taken had arrived
     int ownBaud = kAnyBaud;
     int lastBaud = kAnyBaud;

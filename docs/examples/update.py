@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """Opens every page of the test mode, then flashes the package into the receiver.
 
-Usage: update.py SOCKET    (a bench that was started with: testmode-bench --monitor SOCKET)
+Usage: update.py SOCKET [RECEIVER]
+
+SOCKET is that of a bench, started with: testmode-bench --monitor SOCKET. If its --uart leads to
+a receiver that stands alone, RECEIVER is that one's: testmode-receiver --monitor RECEIVER.
 """
 import base64
 import json
@@ -56,26 +59,30 @@ def open_every_page(bench):
         print(f"{page}: opened and left")
 
 
-def update(bench):
+def update(bench, receiver):
     bench("ui.click", object="key_gps_update")
     bench("ui.click", object="pushButton_2")  # take the package
     bench("ui.click", object="pushButton_3")  # start
-    bench("receiver.wait", phase="stage-2-writing", timeout_ms=60000)
+    receiver("receiver.wait", phase="stage-2-writing", timeout_ms=60000)
     bench.wait("pushButton_3", "enabled", True, seconds=120)
     print(bench("ui.state", object="textBrowser")["text"].splitlines()[-1])
 
 
-def compare(bench):
+def compare(bench, receiver):
     for name, address in IMAGES.items():
         file = bench("unit.file.read", path=f"/media/update/{name}")["base64"]
         size = len(base64.b64decode(file))
-        flash = bench("receiver.flash", address=address, length=size)["base64"]
+        flash = receiver("receiver.flash", address=address, length=size)["base64"]
         if file != flash:
             raise SystemExit(f"{name}: the flash differs")
         print(f"{name}: {size} bytes, equal")
+    anomalies = receiver("receiver.state")["anomalies"]
+    if anomalies:
+        raise SystemExit("\n".join(["the receiver found:"] + anomalies))
 
 
 bench = Bench(sys.argv[1])
+receiver = Bench(sys.argv[2]) if len(sys.argv) > 2 else bench
 open_every_page(bench)
-update(bench)
-compare(bench)
+update(bench, receiver)
+compare(bench, receiver)

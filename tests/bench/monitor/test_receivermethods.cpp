@@ -6,6 +6,7 @@
 #include "bench/monitor/receiverpaths.h"
 #include "bench/receiver/receiver.h"
 #include "bench/unit/unitdocument.h"
+#include "bench/unit/unitpaths.h"
 
 #include <QCryptographicHash>
 #include <QTimer>
@@ -24,6 +25,7 @@ private slots:
     void cleanup();
 
     void stateTellsWhereTheDialogueStands();
+    void resetPulsesOrHoldsTheLine();
     void setChangesWhatIsGiven();
     void setRefuses_data();
     void setRefuses();
@@ -80,7 +82,7 @@ void TestReceiverMethods::init()
     QString trouble;
     QVERIFY2(!receiver->open(&trouble).isEmpty(), qPrintable(trouble));
     QTRY_COMPARE(receiver->state().phase, QString("application"));
-    document = std::make_unique<bench::UnitDocument>(&unit());
+    document = std::make_unique<bench::UnitDocument>(bench::pathsOf(&unit()));
     bench::addReceiverPaths(document.get(), receiver.get());
     dispatcher = std::make_unique<bench::Dispatcher>();
     bench::addReceiverMethods(dispatcher.get(), document.get(), receiver.get());
@@ -110,6 +112,18 @@ void TestReceiverMethods::stateTellsWhereTheDialogueStands()
     const QJsonObject phase = state.value("phases").toArray().last().toObject();
     QCOMPARE(phase.keys(), QStringList({"began", "milliseconds", "phase"}));
     QCOMPARE(phase.value("phase"), QJsonValue("boot-rom"));
+}
+
+void TestReceiverMethods::resetPulsesOrHoldsTheLine()
+{
+    QCOMPARE(result("receiver.reset"), QJsonObject());
+    QCOMPARE(receiver->state().phase, QString("boot-rom"));
+    QCOMPARE(receiver->state().resets, 1);
+    result("receiver.reset", "{'asserted':true}");
+    QCOMPARE(receiver->state().phase, QString("reset"));
+    result("receiver.reset", "{'asserted':false}");
+    QCOMPARE(receiver->state().phase, QString("boot-rom"));
+    QCOMPARE(receiver->state().resets, 2);
 }
 
 void TestReceiverMethods::setChangesWhatIsGiven()
@@ -153,8 +167,8 @@ void TestReceiverMethods::setRefuses_data()
         << "Argument: receiver.flash_id: wanted is a list of three words of 16 bits";
     QTest::newRow("unknown")
         << QByteArray("{'powered':false,'colour':1}")
-        << "Argument: colour is no parameter of receiver.set; they are: powered, line_rate, "
-           "download_rate, hw_code, hw_subcode, flash_id, watchdog_ms";
+        << "Argument: colour is no parameter of receiver.set; they are: powered, reset_on_sync, "
+           "line_rate, download_rate, hw_code, hw_subcode, flash_id, watchdog_ms";
 }
 
 void TestReceiverMethods::setRefuses()
@@ -169,7 +183,8 @@ void TestReceiverMethods::settingsAreInTheDocument()
 {
     const QJsonObject branch = document->value("receiver")->toObject();
     QCOMPARE(branch,
-             json("{'powered':true,'line_rate':true,'download_rate':921600,'hw_code':11328,"
+             json("{'powered':true,'reset_on_sync':false,'line_rate':true,'download_rate':921600,'"
+                  "hw_code':11328,"
                   "'hw_subcode':35330,'flash_id':[87,64,22],'watchdog_ms':10000,'seed':0,"
                   "'faults':[]}"));
     QCOMPARE(document->setValue("receiver", json("{'hw_code':5,'powered':false}")).message,
@@ -432,10 +447,11 @@ void TestReceiverMethods::eventsTellPhasesAndAnomalies()
 void TestReceiverMethods::withoutAReceiverAllFail()
 {
     bench::Dispatcher other;
-    bench::UnitDocument plain(&unit());
+    bench::UnitDocument plain(bench::pathsOf(&unit()));
     bench::addReceiverMethods(&other, &plain, nullptr);
     const QString message = "Unavailable: a real device stands in the receiver's place";
     QCOMPARE(tests::errorOf(&other, "receiver.state"), message);
+    QCOMPARE(tests::errorOf(&other, "receiver.reset"), message);
     QCOMPARE(tests::errorOf(&other, "receiver.set"), message);
     QCOMPARE(tests::errorOf(&other, "receiver.faults"), message);
     QCOMPARE(tests::errorOf(&other, "receiver.dialogue"), message);

@@ -6,6 +6,7 @@
 #include "bench/monitor/monitor.h"
 #include "bench/receiver/receiver.h"
 #include "bench/unit/unitdocument.h"
+#include "bench/unit/unitpaths.h"
 
 #include <QSignalSpy>
 
@@ -29,8 +30,10 @@ constexpr MethodRow kMethods[] = {
     {"receiver.dialogue", "since:integer?[0..2147483647]"},
     {"receiver.faults", "set:list? clear:boolean? seed:integer?[0..2147483647]"},
     {"receiver.flash", "address:address length:integer[0..4194304] content:boolean?"},
+    {"receiver.reset", "asserted:boolean?"},
     {"receiver.set",
-     "powered:boolean? line_rate:boolean? download_rate:integer?[-2147483648..2147483647] "
+     "powered:boolean? reset_on_sync:boolean? line_rate:boolean? "
+     "download_rate:integer?[-2147483648..2147483647] "
      "hw_code:integer?[-2147483648..2147483647] hw_subcode:integer?[-2147483648..2147483647] "
      "flash_id:list? watchdog_ms:integer?[-2147483648..2147483647]"},
     {"receiver.state", ""},
@@ -170,7 +173,7 @@ void TestSchema::init()
     UnitTest::init();
     host = std::make_unique<bench::Host>();
     receiver = std::make_unique<bench::Receiver>();
-    document = std::make_unique<bench::UnitDocument>(&bench::unit());
+    document = std::make_unique<bench::UnitDocument>(bench::pathsOf(&bench::unit()));
     bench::Bench parts;
     parts.host = host.get();
     parts.receiver = receiver.get();

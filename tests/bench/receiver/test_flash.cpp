@@ -14,6 +14,7 @@ private slots:
     void readsNothingOutsideItsRange();
     void replacesWholeSectors();
     void tellsTheImageThatIsOverwritten();
+    void takesAWholeContentOfItsSizeOnly();
 };
 
 namespace {
@@ -81,6 +82,17 @@ void TestFlash::tellsTheImageThatIsOverwritten()
     flash.forgetImages();
     QCOMPARE(flash.writeSector(0x08001000, sector('e'), 1), 0);
     QCOMPARE(flash.read(0x08001000, 4096), sector('e'));
+}
+
+void TestFlash::takesAWholeContentOfItsSizeOnly()
+{
+    Flash flash;
+    const QByteArray whole = QByteArray(0x3FFFFF, '\x11') + '\x22';
+    QVERIFY(flash.load(whole));
+    QCOMPARE(flash.read(0x08000000, 0x400000), whole);
+    QVERIFY(!flash.load(whole + 'x'));
+    QVERIFY(!flash.load(whole.left(0x3FFFFF)));
+    QCOMPARE(flash.read(0x08000000, 0x400000), whole);
 }
 
 TESTMODE_TEST_MAIN(TestFlash)

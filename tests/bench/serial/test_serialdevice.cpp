@@ -1,6 +1,6 @@
 #include "tests/support/unittest.h"
 
-#include "bench/program/serialdevice.h"
+#include "bench/serial/serialdevice.h"
 
 #include <QFile>
 
