@@ -59,6 +59,13 @@ QString comparable(const QString &traceLine)
         + traceLine.mid(match.capturedLength());
 }
 
+QStringList comparable(QStringList traceLines)
+{
+    for (QString &line : traceLines)
+        line = comparable(line);
+    return traceLines;
+}
+
 Recorder::Recorder(bench::TraceLog &trace) : lastCall(bench::journal().lastNumber())
 {
     connect(

@@ -24,6 +24,7 @@ namespace tests {
 // A trace line as tests compare it: without thread id and line number, which no test can know. A
 // line that has the prefix but not these is returned as it stands.
 QString comparable(const QString &traceLine);
+QStringList comparable(QStringList traceLines);
 
 // Records from its making to its end. Calls, traces and signals of every thread; states are looked
 // at in the recorder's own thread, at each entry that is made there, and when the entries are asked

@@ -1,12 +1,32 @@
-#include "tests/support/unittest.h"
+#include "tests/support/clock/clockedtest.h"
 
 #include "tools/common.h"
 
-#include <QElapsedTimer>
 #include <QTimer>
 
+#include <functional>
+
+#include <dlfcn.h>
+
+namespace {
+
+QEventLoop::ProcessEventsFlags processed; // last
+
+} // namespace
+
+// In the place of Qt's, for the plug-in's objects in this program.
+void QCoreApplication::processEvents(QEventLoop::ProcessEventsFlags flags, int milliseconds)
+{
+    using Process = void (*)(QEventLoop::ProcessEventsFlags, int);
+    static const auto qtsOwn = reinterpret_cast<Process>(::dlsym(
+        RTLD_NEXT,
+        "_ZN16QCoreApplication13processEventsE6QFlagsIN10QEventLoop17ProcessEventsFlagEEi"));
+    processed = flags;
+    qtsOwn(flags, milliseconds);
+}
+
 // The shared wait, the printf-style trace and the settings of the firmware update.
-class TestCommon : public tests::UnitTest
+class TestCommon : public tests::ClockedTest
 {
     Q_OBJECT
 
@@ -14,8 +34,11 @@ private slots:
     void updateSettingsAreTheirFirstAtTheStart();
     void logFormatsWithoutPrefix();
     void logNamesNoPlaceButItsOwn();
-    void delayOfZeroReturnsAtOnce();
+    void delayLastsItsTime_data();
+    void delayLastsItsTime();
     void delayDeliversEventsMeanwhile();
+    void delayDeliversEveryKindOfEvent();
+    void delayDeliversEventsForAtMostATenthOfASecondAtOnce();
 };
 
 void TestCommon::updateSettingsAreTheirFirstAtTheStart()
@@ -62,12 +85,20 @@ void TestCommon::logNamesNoPlaceButItsOwn()
              QString("%1 common:23 void Log(const char*, ...): a step fail").arg(QtDebugMsg));
 }
 
-void TestCommon::delayOfZeroReturnsAtOnce()
+void TestCommon::delayLastsItsTime_data()
 {
-    QElapsedTimer clock;
-    clock.start();
-    Delay_MSec(0);
-    QVERIFY(clock.elapsed() < 1000);
+    QTest::addColumn<int>("asked");
+    QTest::newRow("nothing") << 0;
+    QTest::newRow("a poll") << 1;
+    QTest::newRow("between packets") << 3;
+    QTest::newRow("around the switch of the rate") << 100;
+    QTest::newRow("after a failed sync") << 2000;
+}
+
+void TestCommon::delayLastsItsTime()
+{
+    QFETCH(int, asked);
+    QCOMPARE(millisecondsOf([asked] { Delay_MSec(asked); }), qint64(asked));
 }
 
 void TestCommon::delayDeliversEventsMeanwhile()
@@ -75,12 +106,33 @@ void TestCommon::delayDeliversEventsMeanwhile()
     int ticks = 0;
     QTimer timer;
     connect(&timer, &QTimer::timeout, this, [&ticks] { ++ticks; });
-    timer.start(10);
-    QElapsedTimer clock;
-    clock.start();
-    Delay_MSec(100);
-    QVERIFY(clock.elapsed() >= 99);
-    QVERIFY(ticks >= 3);
+    timer.start(1);
+    QCOMPARE(millisecondsOf([] { Delay_MSec(100); }), 100);
+    QVERIFY2(ticks >= 99, qPrintable(QString::number(ticks))); // no rest is as long as a poll
+}
+
+// The window system's input too.
+void TestCommon::delayDeliversEveryKindOfEvent()
+{
+    processed = QEventLoop::ExcludeUserInputEvents;
+    Delay_MSec(1);
+    QCOMPARE(processed, QEventLoop::ProcessEventsFlags(QEventLoop::AllEvents));
+}
+
+// Events that bring the next one each, a millisecond long: a pass ends when more than 100 have
+// gone.
+void TestCommon::delayDeliversEventsForAtMostATenthOfASecondAtOnce()
+{
+    bool done = false;
+    const std::function<void()> next = [this, &done, &next] {
+        QThread::msleep(1);
+        if (!done)
+            QMetaObject::invokeMethod(this, next, Qt::QueuedConnection);
+    };
+    QMetaObject::invokeMethod(this, next, Qt::QueuedConnection);
+    QCOMPARE(millisecondsOf([] { Delay_MSec(1); }), 101);
+    done = true;
+    QCoreApplication::processEvents();
 }
 
 TESTMODE_TEST_MAIN(TestCommon)

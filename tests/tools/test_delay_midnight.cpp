@@ -1,110 +1,86 @@
-#include "tests/support/unittest.h"
+#include "tests/support/clock/clockedtest.h"
 
 #include "tools/common.h"
 
-#include <QElapsedTimer>
 #include <QTime>
 #include <QTimer>
 
-#include <atomic>
-#include <ctime>
-
-#include <sys/time.h>
-
-namespace {
-
-// What this program's time of day is ahead of the machine's.
-std::atomic<qint64> aheadMicroseconds{0};
-
-} // namespace
-
-// In the place of the C library's, for all of the program: Qt's time of day is made of it.
-extern "C" __attribute__((visibility("default"))) int gettimeofday(timeval *now, void *) noexcept
-{
-    timespec machine = {};
-    if (::clock_gettime(CLOCK_REALTIME, &machine) != 0)
-        return -1;
-    const qint64 microseconds =
-        qint64(machine.tv_sec) * 1000000 + machine.tv_nsec / 1000 + aheadMicroseconds;
-    now->tv_sec = static_cast<time_t>(microseconds / 1000000);
-    now->tv_usec = static_cast<suseconds_t>(microseconds % 1000000);
-    return 0;
-}
+using tests::VirtualClock;
 
 // The shared wait around midnight, with a time of day that is moved there.
-class TestDelayMidnight : public tests::UnitTest
+class TestDelayMidnight : public tests::ClockedTest
 {
     Q_OBJECT
 
 private slots:
-    void cleanup();
-
-    void waitAtNoonLastsItsTime();
+    void waitBeforeMidnightLastsItsTime();
     void waitAcrossMidnightEndsAtOnce_data();
     void waitAcrossMidnightEndsAtOnce();
     void waitThatMissesItsEndByMidnightEnds();
+    void waitWhoseClockIsSetBackLastsLonger_data();
+    void waitWhoseClockIsSetBackLastsLonger();
 };
 
-namespace {
-
-void setTimeOfDay(const QTime &time)
+// Its last look at the clock comes before its end.
+void TestDelayMidnight::waitBeforeMidnightLastsItsTime()
 {
-    aheadMicroseconds += qint64(QTime::currentTime().msecsTo(time)) * 1000;
-    const int off = time.msecsTo(QTime::currentTime());
-    if (off < 0 || off > 5000)
-        qFatal("the time of day does not follow");
-}
-
-} // namespace
-
-void TestDelayMidnight::cleanup()
-{
-    aheadMicroseconds = 0;
-    UnitTest::cleanup();
-}
-
-void TestDelayMidnight::waitAtNoonLastsItsTime()
-{
-    setTimeOfDay(QTime(12, 0));
-    QElapsedTimer clock;
-    clock.start();
-    Delay_MSec(100);
-    QVERIFY(clock.elapsed() >= 99);
+    VirtualClock::setTimeOfDay(QTime(23, 59, 59, 800));
+    QCOMPARE(millisecondsOf([] { Delay_MSec(199); }), 199);
+    QCOMPARE(QTime::currentTime(), QTime(23, 59, 59, 999));
 }
 
 void TestDelayMidnight::waitAcrossMidnightEndsAtOnce_data()
 {
-    QTest::addColumn<int>("milliseconds");
+    QTest::addColumn<int>("asked");
+    QTest::newRow("to midnight") << 200;
     QTest::newRow("to midnight and some") << 40000;
     QTest::newRow("an hour") << 3600000;
 }
 
 void TestDelayMidnight::waitAcrossMidnightEndsAtOnce()
 {
-    QFETCH(int, milliseconds);
-    setTimeOfDay(QTime(23, 59, 30));
+    QFETCH(int, asked);
+    VirtualClock::setTimeOfDay(QTime(23, 59, 59, 800));
     bool delivered = false;
     QTimer pending;
     connect(&pending, &QTimer::timeout, this, [&delivered] { delivered = true; });
     pending.start(0);
-    QElapsedTimer clock;
-    clock.start();
-    Delay_MSec(milliseconds);
-    QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
-    QVERIFY(QTime::currentTime() > QTime(23, 59));
+    QCOMPARE(millisecondsOf([asked] { Delay_MSec(asked); }), 0);
     QVERIFY(!delivered); // not one pass
 }
 
 // A wait that should have ended just before midnight and looks at the clock again only after it.
 void TestDelayMidnight::waitThatMissesItsEndByMidnightEnds()
 {
-    setTimeOfDay(QTime(23, 59, 0));
-    QTimer::singleShot(0, this, [] { setTimeOfDay(QTime(0, 0)); });
-    QElapsedTimer clock;
-    clock.start();
-    Delay_MSec(59000);
-    QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
-    QVERIFY(QTime::currentTime() < QTime(0, 1));
+    VirtualClock::setTimeOfDay(QTime(23, 59, 0));
+    QTimer::singleShot(0, this, [] { VirtualClock::setTimeOfDay(QTime(0, 0)); });
+    QVERIFY(millisecondsOf([] { Delay_MSec(59000); }) <= 1);
+}
+
+void TestDelayMidnight::waitWhoseClockIsSetBackLastsLonger_data()
+{
+    QTest::addColumn<int>("setBack"); // seconds
+    QTest::addColumn<int>("lasts");   // milliseconds
+    QTest::newRow("a second") << 1 << 2000;
+    QTest::newRow("almost half a day") << 43199 << 1000; // is put right in time
+    QTest::newRow("half a day, which may be a new day") << 43200 << 0;
+}
+
+void TestDelayMidnight::waitWhoseClockIsSetBackLastsLonger()
+{
+    QFETCH(int, setBack);
+    QFETCH(int, lasts);
+    VirtualClock::setTimeOfDay(QTime(13, 0));
+    const auto moveBy = [](int seconds) {
+        VirtualClock::setTimeOfDay(QTime::currentTime().addSecs(seconds));
+    };
+    QTimer::singleShot(0, this, [&] { moveBy(-setBack); });
+    QTimer rightAgain;
+    connect(&rightAgain, &QTimer::timeout, this, [&] { moveBy(setBack); });
+    rightAgain.setSingleShot(true);
+    if (setBack > 1)
+        rightAgain.start(500);
+    QCOMPARE(millisecondsOf([] { Delay_MSec(1000); }), qint64(lasts));
 }
 
 TESTMODE_TEST_MAIN(TestDelayMidnight)
