@@ -1,3 +1,4 @@
+#include "tests/support/clock/virtualclock.h"
 #include "tests/support/unittest.h"
 
 #include "gnss_download/serialset.h"
@@ -505,14 +506,18 @@ void TestGpsUpdate::choosingWithoutPackageShowsThePathAllTheSame()
 
 void TestGpsUpdate::resetPulsesTheLine()
 {
+    const tests::VirtualClock clock;
     gpsupdate page;
     journal().clear();
+    bool interrupted = false;
+    QTimer::singleShot(0, &page, [&interrupted] { interrupted = true; });
     press(page, "btn_reset");
+    QVERIFY(!interrupted); // the screen stands meanwhile
     QCOMPARE(journal().texts(),
              (QStringList{"PlatformService.setGPSResetGPIO(true)",
                           "PlatformService.setGPSResetGPIO(false)"}));
     const auto entries = journal().entries();
-    QVERIFY(entries.at(1).elapsed - entries.at(0).elapsed >= 99);
+    QCOMPARE(entries.at(1).elapsed - entries.at(0).elapsed, 100);
 }
 
 void TestGpsUpdate::secondResetReleasesTheLine()
@@ -525,6 +530,7 @@ void TestGpsUpdate::secondResetReleasesTheLine()
 
 void TestGpsUpdate::portSwitchTogglesTheSettingAndReboots()
 {
+    const tests::VirtualClock clock;
     gpsupdate page;
     QSignalSpy rebooted(&bench::unit(), &bench::HeadUnit::rebootRequested);
     for (const char *written : {"true", "false", "true"}) {
@@ -537,7 +543,7 @@ void TestGpsUpdate::portSwitchTogglesTheSettingAndReboots()
                              .arg(written),
                          "PlatformService.setGPSResetGPIO(false)", "shell: reboot"}));
         const auto entries = journal().entries();
-        QVERIFY(entries.at(3).elapsed - entries.at(2).elapsed >= 9);
+        QCOMPARE(entries.at(3).elapsed - entries.at(2).elapsed, 10);
         QCOMPARE(entries.at(3).arguments, QJsonArray{0});
     }
     QCOMPARE(rebooted.count(), 3);
