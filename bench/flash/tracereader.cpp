@@ -302,7 +302,9 @@ void TraceReader::stepFailed(const QStringList &words)
     const QString label = words.at(0);
     if (at == UpdatePhase::Identify && !chipAsked)
         return; // a register that could not be read changes nothing
-    if (at == UpdatePhase::Identify && !syncSaid.isEmpty()) {
+    if (at <= UpdatePhase::Open) {
+        keepFailure(label, QString()); // nobody was asked
+    } else if (at == UpdatePhase::Identify && !syncSaid.isEmpty()) {
         place.phase = UpdatePhase::Sync;
         keepFailure(QStringLiteral("hdl_brom_start"), syncSaid);
     } else if (echoesLostAt) {
