@@ -1,11 +1,8 @@
 #include "connection.h"
 
 #include <QJsonDocument>
-#include <QLocalSocket>
 #include <QPointer>
 #include <QTimer>
-
-#include <sys/socket.h>
 
 namespace bench {
 
@@ -15,7 +12,7 @@ namespace {
 constexpr int kCallsAtOnce = 64;
 
 // A client that asks and does not read is let go.
-constexpr qint64 kUnreadBytes = 16LL * 1024 * 1024;
+constexpr int kUnreadBytes = 16 * 1024 * 1024;
 
 constexpr int kFlushMilliseconds = 500;
 
@@ -62,23 +59,19 @@ void checkRequest(const QJsonObject &line)
 
 } // namespace
 
-Connection::Connection(QLocalSocket *clientSocket, const QJsonObject &greeting, Dispatcher *calls,
+Connection::Connection(int descriptor, const QJsonObject &greeting, Dispatcher *calls,
                        QObject *parent)
-    : Client(parent), socket(clientSocket), dispatcher(calls)
+    : Client(parent), socket(descriptor), dispatcher(calls)
 {
-    socket->setParent(this);
-    // What the client sends beyond this waits on its side.
-    socket->setReadBufferSize(kLineBytes);
-    connect(socket, &QLocalSocket::readyRead, this, &Connection::takeLines);
-    connect(socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
+    connect(&socket, &ClientSocket::readyRead, this, &Connection::takeLines);
+    connect(&socket, &ClientSocket::bytesWritten, this, &Connection::hangUpWhenDone);
+    connect(&socket, &ClientSocket::disconnected, this, &QObject::deleteLater);
     connect(dispatcher, &Dispatcher::eventHappened, this,
             [this](const QString &name, const QJsonObject &params) {
                 if (subscribed.contains(name))
                     sendNotification(name, params);
             });
     sendNotification("bench.hello", greeting);
-    // What came before the greeting was written makes no signal any more.
-    QMetaObject::invokeMethod(this, &Connection::takeLines, Qt::QueuedConnection);
 }
 
 void Connection::subscribe(const QStringList &events)
@@ -88,24 +81,24 @@ void Connection::subscribe(const QStringList &events)
 
 void Connection::refuse(const CallError &error)
 {
-    refused = true;
     sendAnswer(QJsonValue::Null, {{"error", error.toJson()}});
-    socket->flush();
+    refused = true;
     // Closed with its bytes unread, the client would lose the answer: they are read until it
     // has seen the end.
-    ::shutdown(int(socket->socketDescriptor()), SHUT_WR);
-    QTimer::singleShot(kPatienceMilliseconds, socket, &QLocalSocket::abort);
+    socket.shutDownSending();
+    QTimer::singleShot(kPatienceMilliseconds, &socket, &ClientSocket::hangUp);
 }
 
 void Connection::flush()
 {
-    while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(kFlushMilliseconds)) { }
+    socket.flush(kFlushMilliseconds);
 }
 
 void Connection::takeLines()
 {
+    received += socket.read(kLineBytes + 1 - received.size());
     if (refused)
-        socket->readAll();
+        received.clear();
     QByteArray line;
     while (!refused && callsUnderWay < kCallsAtOnce && takeLine(&line)) {
         if (line.trimmed().isEmpty())
@@ -115,15 +108,12 @@ void Connection::takeLines()
         QMetaObject::invokeMethod(
             this, [this, line] { process(line); }, Qt::QueuedConnection);
     }
+    hangUpWhenDone();
 }
 
 bool Connection::takeLine(QByteArray *line)
 {
-    int end = received.indexOf('\n');
-    if (end < 0) {
-        received += socket->readAll();
-        end = received.indexOf('\n');
-    }
+    const int end = received.indexOf('\n');
     if (end > kLineBytes || (end < 0 && received.size() > kLineBytes)) {
         refuse({ErrorClass::Limit, QStringLiteral("a line has at most %1 bytes").arg(kLineBytes)});
         return false;
@@ -166,6 +156,14 @@ void Connection::finish(const QJsonValue &id, const QJsonObject &answer)
     QMetaObject::invokeMethod(this, &Connection::takeLines, Qt::QueuedConnection);
 }
 
+// Half a line that has no end is no call.
+void Connection::hangUpWhenDone()
+{
+    if (socket.hasEnded() && callsUnderWay == 0 && !received.contains('\n')
+        && socket.bytesToWrite() == 0)
+        socket.hangUp();
+}
+
 void Connection::sendAnswer(const QJsonValue &id, const QJsonObject &answer)
 {
     QJsonObject message = answer;
@@ -191,11 +189,11 @@ void Connection::sendNotification(const QString &method, const QJsonObject &para
 
 void Connection::send(const QByteArray &line)
 {
-    if (socket->state() != QLocalSocket::ConnectedState)
+    if (refused)
         return;
-    socket->write(line + '\n');
-    if (socket->bytesToWrite() > kUnreadBytes)
-        socket->abort();
+    socket.write(line + '\n');
+    if (socket.bytesToWrite() > kUnreadBytes)
+        socket.hangUp();
 }
 
 } // namespace bench

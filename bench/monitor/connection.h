@@ -1,28 +1,26 @@
 #pragma once
 
+#include "clientsocket.h"
 #include "dispatcher.h"
 
 #include <QByteArray>
 #include <QJsonValue>
 #include <QSet>
 
-class QLocalSocket;
-
 namespace bench {
 
 // Longest line of the monitor in either direction, without its end.
 constexpr int kLineBytes = 1024 * 1024;
 
-// One client of the socket: JSON-RPC 2.0, an object a line. GUI thread. Owns
-// its socket; deletes itself when the client has gone.
+// One client of the socket: JSON-RPC 2.0, an object a line. GUI thread. Deletes itself
+// when the client has gone, or has said its last word and got its answers.
 class Connection : public Client
 {
     Q_OBJECT
 
 public:
-    // Greets the client. `clientSocket` is connected.
-    Connection(QLocalSocket *clientSocket, const QJsonObject &greeting, Dispatcher *calls,
-               QObject *parent);
+    // Greets the client, and takes the descriptor of its socket over.
+    Connection(int descriptor, const QJsonObject &greeting, Dispatcher *calls, QObject *parent);
 
     void subscribe(const QStringList &events) override;
 
@@ -37,11 +35,12 @@ private:
     bool takeLine(QByteArray *line);
     void process(const QByteArray &line);
     void finish(const QJsonValue &id, const QJsonObject &answer);
+    void hangUpWhenDone();
     void sendAnswer(const QJsonValue &id, const QJsonObject &answer);
     void sendNotification(const QString &method, const QJsonObject &params);
     void send(const QByteArray &line);
 
-    QLocalSocket *socket;
+    ClientSocket socket;
     Dispatcher *dispatcher;
     QByteArray received;
     int callsUnderWay = 0;

@@ -54,10 +54,10 @@ bool makeRoom(const QString &path, QString *error)
 } // namespace
 
 MonitorServer::MonitorServer(Dispatcher *calls, const QJsonObject &hello, QObject *parent)
-    : QObject(parent), dispatcher(calls), greeting(hello)
+    : QObject(parent), dispatcher(calls), greeting(hello),
+      server([this](int descriptor) { acceptClient(descriptor); })
 {
     server.setSocketOptions(QLocalServer::UserAccessOption);
-    connect(&server, &QLocalServer::newConnection, this, &MonitorServer::acceptClient);
 }
 
 MonitorServer::~MonitorServer()
@@ -92,14 +92,12 @@ bool MonitorServer::listen(const QString &path, QString *error)
     return true;
 }
 
-void MonitorServer::acceptClient()
+void MonitorServer::acceptClient(int descriptor)
 {
-    while (QLocalSocket *socket = server.nextPendingConnection()) {
-        auto *client = new Connection(socket, greeting, dispatcher, this);
-        if (findChildren<Connection *>().size() > kClients)
-            client->refuse(
-                {ErrorClass::Limit, QStringLiteral("the monitor takes %1 clients").arg(kClients)});
-    }
+    auto *client = new Connection(descriptor, greeting, dispatcher, this);
+    if (findChildren<Connection *>().size() > kClients)
+        client->refuse(
+            {ErrorClass::Limit, QStringLiteral("the monitor takes %1 clients").arg(kClients)});
 }
 
 } // namespace bench

@@ -4,7 +4,26 @@
 
 #include <QLocalServer>
 
+#include <functional>
+
 namespace bench {
+
+// Hands out the descriptors of its connections instead of sockets.
+class DescriptorServer : public QLocalServer
+{
+    Q_OBJECT
+
+public:
+    using Taker = std::function<void(int descriptor)>;
+
+    explicit DescriptorServer(Taker taker) : take(std::move(taker)) { }
+
+protected:
+    void incomingConnection(quintptr descriptor) override { take(int(descriptor)); }
+
+private:
+    Taker take;
+};
 
 // Offers the calls of a dispatcher on a Unix stream socket to clients of this
 // user. Lives in the GUI thread; the dispatcher outlives it.
@@ -24,11 +43,11 @@ public:
     bool listen(const QString &path, QString *error);
 
 private:
-    void acceptClient();
+    void acceptClient(int descriptor);
 
     Dispatcher *dispatcher;
     QJsonObject greeting;
-    QLocalServer server;
+    DescriptorServer server;
 };
 
 } // namespace bench

@@ -5,6 +5,8 @@
 #include <QLocalSocket>
 #include <QtTest>
 
+#include <sys/socket.h>
+
 namespace tests {
 
 // A client of the monitor in the test's own thread, down to the bytes.
@@ -38,6 +40,13 @@ public:
     bool isGone() const { return socket.state() == QLocalSocket::UnconnectedState; }
     bool hasLine() const { return socket.canReadLine(); }
     void hangUp() { socket.abort(); }
+
+    // As `nc -N` at the end of its input: says no more, and listens on.
+    void endSending()
+    {
+        [this] { QTRY_COMPARE(socket.bytesToWrite(), qint64(0)); }();
+        ::shutdown(int(socket.socketDescriptor()), SHUT_WR);
+    }
 
 private:
     QLocalSocket socket;

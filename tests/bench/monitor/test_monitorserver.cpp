@@ -52,6 +52,10 @@ private slots:
     void halfALineIsNoCall();
     void hangUpInMidCall();
     void hangUpEndsTheClientsWaits();
+    void lastWordIsAnswered();
+    void lastWordOfManyIsAnswered();
+    void answersBeyondTheSocketsRoomFollowTheLastWord();
+    void waitAfterTheLastWordEndsWithItsClient();
     void closingBenchHandsOutItsAnswers();
     void closingBenchAnswersWaits();
     void tenClientsAtOnce();
@@ -322,6 +326,61 @@ void TestMonitorServer::hangUpEndsTheClientsWaits()
     SocketClient client(path);
     client.next();
     client.sendLine("{'jsonrpc':'2.0','id':1,'method':'never','params':{'timeout_ms':600000}}");
+    QTRY_COMPARE(server->findChildren<bench::Waiting *>().size(), 1);
+    client.hangUp();
+    QTRY_COMPARE(server->findChildren<bench::Waiting *>().size(), 0);
+}
+
+void TestMonitorServer::lastWordIsAnswered()
+{
+    SocketClient client(path);
+    client.sendLine("{'jsonrpc':'2.0','id':1,'method':'never','params':{'timeout_ms':100}}");
+    client.sendLine("{'jsonrpc':'2.0','id':2,'method':'echo','params':{'text':'a'}}");
+    client.send(echoOfLength(100)); // half a line: no call
+    client.endSending();
+    QCOMPARE(client.next().value("method"), QJsonValue("bench.hello"));
+    QCOMPARE(client.next().value("id"), QJsonValue(2));
+    QCOMPARE(client.nextError(), QString("Timeout"));
+    QTRY_VERIFY(client.isGone());
+    QVERIFY(!client.hasLine());
+    QCOMPARE(echoed, QStringList({"a"}));
+}
+
+void TestMonitorServer::lastWordOfManyIsAnswered()
+{
+    SocketClient client(path);
+    for (int i = 0; i < 1000; ++i)
+        client.sendLine("{'jsonrpc':'2.0','id':" + QByteArray::number(i)
+                        + ",'method':'echo','params':{'text':'a'}}");
+    client.endSending();
+    QCOMPARE(client.next().value("method"), QJsonValue("bench.hello"));
+    for (int i = 0; i < 1000; ++i)
+        QCOMPARE(client.next().value("id"), QJsonValue(i));
+    QTRY_VERIFY(client.isGone());
+}
+
+void TestMonitorServer::answersBeyondTheSocketsRoomFollowTheLastWord()
+{
+    constexpr int kAnswers = 8; // of which the kernel takes less than one
+    dispatcher->add({"talk", {}, "", "", bench::direct([](const bench::Arguments &) {
+                         return QJsonObject{{"words", QString(kMebibyte / 2, 'w')}};
+                     })});
+    SocketClient client(path);
+    for (int i = 0; i < kAnswers; ++i)
+        client.sendLine("{'jsonrpc':'2.0','id':" + QByteArray::number(i) + ",'method':'talk'}");
+    client.endSending();
+    QCOMPARE(client.next().value("method"), QJsonValue("bench.hello"));
+    for (int i = 0; i < kAnswers; ++i)
+        QCOMPARE(client.next().value("id"), QJsonValue(i));
+    QTRY_VERIFY(client.isGone());
+}
+
+void TestMonitorServer::waitAfterTheLastWordEndsWithItsClient()
+{
+    SocketClient client(path);
+    client.next();
+    client.sendLine("{'jsonrpc':'2.0','id':1,'method':'never','params':{'timeout_ms':600000}}");
+    client.endSending();
     QTRY_COMPARE(server->findChildren<bench::Waiting *>().size(), 1);
     client.hangUp();
     QTRY_COMPARE(server->findChildren<bench::Waiting *>().size(), 0);
