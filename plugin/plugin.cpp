@@ -39,7 +39,8 @@ SourceInterface *Plugin::requestSourceInterface(int)
 QT_PLUGIN_METADATA_SECTION
 static constexpr unsigned char qt_pluginMetaData[] = {
     'Q', 'T', 'M', 'E', 'T', 'A', 'D', 'A', 'T', 'A', ' ', '!',
-    0, QT_VERSION_MAJOR, QT_VERSION_MINOR, qPluginArchRequirements(), // "debug" is a bit of the last
+    0, QT_VERSION_MAJOR, QT_VERSION_MINOR,
+    qPluginArchRequirements() & ~1, // bit 0 is "debug": false in every build, as the loader wants it
     0xbf,
     0x02, 0x78, 29, // "IID", a text of 29 bytes
     'c', 'o', 'm', '.', 'c', 'o', 'r', 'v', 'a', 'n', 'e', '.', 'Q', 't', '.',

@@ -14,15 +14,24 @@ class TestPluginModule : public tests::UnitTest
     Q_OBJECT
 
 private slots:
+    void metadataIsWhatTheFrameworkLooksFor_data();
     void metadataIsWhatTheFrameworkLooksFor();
     void exportsTheTwoEntryPointsOnly();
     void loadsAndShowsItsWindow();
     void entryPointReplacesADestroyedPlugin();
 };
 
+void TestPluginModule::metadataIsWhatTheFrameworkLooksFor_data()
+{
+    QTest::addColumn<QString>("module");
+    QTest::newRow("as it is built here") << PLUGIN_MODULE;
+    QTest::newRow("a debug build") << DEBUG_MODULE;
+}
+
 void TestPluginModule::metadataIsWhatTheFrameworkLooksFor()
 {
-    const QPluginLoader loader(PLUGIN_MODULE);
+    QFETCH(QString, module);
+    const QPluginLoader loader(module);
     QJsonObject metadata = loader.metaData();
     // Qt's loader adds the Qt and the kind of machine that the module was built for.
     QCOMPARE(metadata.take("version").toInt(), QT_VERSION & ~0xff);
