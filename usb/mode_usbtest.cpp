@@ -203,10 +203,13 @@ void SetupUsbTest::writeBtnClicked()
 {
     DBG << "readBtnClicked"; // kept: testers know the write by this line
     readParameter();
-    if (uphyMode == 1)
+    if (uphyMode == 1) {
         writeUphy();
-    else
-        writeRegister(usbphy::testMode(port), usbphy::testModeSelector(testPar, speed != 0));
+        return;
+    }
+    if (const char *remark = usbphy::remarkOn(testPar))
+        DBG << remark;
+    writeRegister(usbphy::testMode(port), usbphy::testModeSelector(testPar, speed != 0));
 }
 
 void SetupUsbTest::writeUphy()
@@ -225,9 +228,10 @@ void SetupUsbTest::changeTestMode()
 {
     DBG << "changeTestMode";
     readParameter();
-    const unsigned int selector = usbphy::testModeSelector(testPar, speed != 0);
+    if (const char *remark = usbphy::remarkOn(testPar))
+        DBG << remark;
     if (testPar != usbphy::NoPattern)
-        writeRegister(usbphy::testMode(port), selector);
+        writeRegister(usbphy::testMode(port), usbphy::testModeSelector(testPar, speed != 0));
 }
 
 // Opens the way to a port's disconnect register.

@@ -68,13 +68,16 @@ unsigned int testModeSelector(int pattern, bool fullSpeed)
         return fullSpeed ? 12 : 10;
     case Se0:
         return 7;
-    case NoPattern:
-        DBG << "nothing to do.";
-        return 0;
     default:
-        DBG << "not support!";
         return 0;
     }
+}
+
+const char *remarkOn(int pattern)
+{
+    if (pattern == NoPattern)
+        return "nothing to do.";
+    return pattern < EyeDiagram || pattern > NoPattern ? "not support!" : nullptr;
 }
 
 } // namespace testmode::usbphy

@@ -69,8 +69,9 @@ enum Pattern : int {
     NoPattern,
 };
 
-// Selector for the test-mode register. 0, with a line in the trace, for "none" and
-// for an index that is no pattern.
+// Selector for the test-mode register. 0 for "none" and for an index that is no pattern, which
+// have a remark for the trace besides; null for the others.
 unsigned int testModeSelector(int pattern, bool fullSpeed);
+const char *remarkOn(int pattern);
 
 } // namespace testmode::usbphy

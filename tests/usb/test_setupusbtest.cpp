@@ -443,6 +443,8 @@ void TestSetupUsbTest::fullSpeedWriteClearsTheTestMode()
     QCOMPARE(said(),
              (QStringList{"readBtnClicked", "port: 0", "speed: 1", "testPar: 4", "uphyPar: 0",
                           "uphyData: 0", "nothing to do."}));
+    QCOMPARE(tracedFunctions().last(),
+             QStringLiteral("void testmode::SetupUsbTest::writeBtnClicked()"));
 }
 
 void TestSetupUsbTest::enteringUphyAtFullSpeedWritesNothing()
@@ -458,6 +460,8 @@ void TestSetupUsbTest::enteringUphyAtFullSpeedWritesNothing()
              << "readBtnClicked" << parameters << "refreshUphy 0"
              << "1";
     QCOMPARE(said(), expected);
+    QCOMPARE(tracedFunctions().value(trace().payloads().indexOf("nothing to do.")),
+             QStringLiteral("void testmode::SetupUsbTest::changeTestMode()"));
 }
 
 void TestSetupUsbTest::enteringUphyWritesThePatternThenReads()
