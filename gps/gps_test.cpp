@@ -114,6 +114,7 @@ void gps_test::initlist()
 
 void gps_test::connectService()
 {
+    qRegisterMetaType<krnmINFO>("krnmINFO"); // for a service that emits in a thread of its own
     GpsService *service = GpsService::instance();
     connect(service, SIGNAL(krnmInfoRefresh(krnmINFO)), this, SLOT(onNmeaUpdate(krnmINFO)));
     connect(service, SIGNAL(gpsFirmwareVersion(QString)), this,

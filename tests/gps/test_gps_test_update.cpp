@@ -2,6 +2,8 @@
 
 #include "shownpage.h"
 
+#include <thread>
+
 using gpsservice::GpsService;
 using namespace tests;
 
@@ -13,6 +15,7 @@ class TestGpsTestUpdate : public tests::UnitTest
 private slots:
     void callsOfAnUpdate();
     void updatesComeOncePerSignal();
+    void updateOfAnotherThreadArrives();
     void speed_data();
     void speed();
     void position_data();
@@ -55,6 +58,17 @@ void TestGpsTestUpdate::updatesComeOncePerSignal()
     QCOMPARE(calls().count("GpsService.getNmeaInfo()"), 1);
     emit GpsService::instance()->gpsFirmwareVersion("V1");
     QCOMPARE(trace().payloads().count("\"V1\""), 1);
+}
+
+// The service may emit from any thread; the page is touched in the GUI thread only.
+void TestGpsTestUpdate::updateOfAnotherThreadArrives()
+{
+    const ShownPage page;
+    krnmINFO info = {};
+    info.speed = 33.5;
+    std::thread([info] { emit GpsService::instance()->krnmInfoRefresh(info); }).join();
+    QVERIFY(page.text("speed_vol") != "33.5");
+    QTRY_COMPARE(page.text("speed_vol"), QString("33.5"));
 }
 
 void TestGpsTestUpdate::speed_data()
