@@ -4,6 +4,8 @@
 #include "tools/debugtrace.h"
 #include "ui_serialset.h"
 
+#include <QShowEvent>
+
 namespace {
 
 // The rate that the boot ROM is spoken to with once the user has chosen settings.
@@ -47,8 +49,10 @@ void SerialSet::SynComPortValue()
 
 void SerialSet::showEvent(QShowEvent *event)
 {
-    // The page keeps one dialog: each time it opens, it shows what is in force.
-    SynComPortValue();
+    // The page keeps one dialog: each time it opens, it shows what is in force. A show of the
+    // window system's (spontaneous) opens nothing.
+    if (!event->spontaneous())
+        SynComPortValue();
     QDialog::showEvent(event);
 }
 

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QtTest/qtestspontaneevent.h>
 
 // The serial settings dialog.
 class TestSerialSet : public tests::UnitTest
@@ -26,6 +27,7 @@ private slots:
     void okStoresTheChoices();
     void cancelStoresNothing();
     void openingASecondTimeSelectsTheStoredValues();
+    void comingBackIntoViewKeepsTheChoices();
     void changeBaudCopiesTheBox();
 };
 
@@ -191,6 +193,21 @@ void TestSerialSet::openingASecondTimeSelectsTheStoredValues()
     press(dialog, QDialogButtonBox::Ok);
     dialog.show();
     QCOMPARE(box(dialog, "comboBaudRate")->currentText(), QString("115200"));
+}
+
+// The screen is uncovered while the user is choosing.
+void TestSerialSet::comingBackIntoViewKeepsTheChoices()
+{
+    SerialSet dialog(nullptr);
+    dialog.show();
+    box(dialog, "comboBaudRate")->setCurrentText("460800");
+    box(dialog, "comboParity")->setCurrentText("Odd");
+    QShowEvent uncovered;
+    QSpontaneKeyEvent::setSpontaneous(&uncovered);
+    QVERIFY(uncovered.spontaneous());
+    qApp->notify(&dialog, &uncovered);
+    QCOMPARE(box(dialog, "comboBaudRate")->currentText(), QString("460800"));
+    QCOMPARE(box(dialog, "comboParity")->currentText(), QString("Odd"));
 }
 
 void TestSerialSet::changeBaudCopiesTheBox()
