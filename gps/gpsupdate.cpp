@@ -30,6 +30,9 @@ const char kDownloadBaudRate[] = "921600";
 const char kPersistentUpdateMode[] = "GPS_UPDATE";
 constexpr int kLogPointSize = 12;
 
+// The receiver's among the unit's kinds of update package.
+constexpr auto kGnssPackage = static_cast<McuManager::UpdateFile>(7);
+
 // Results of the workers since the last time that none was running; of the process, not of a page.
 QStringList succeededPorts;
 QStringList failedPorts;
@@ -124,7 +127,7 @@ void gpsupdate::on_pushButton_clicked()
     com_set.parity = QStringLiteral("None");
     com_set.flowControl = QStringLiteral("None");
 
-    const QString folder = McuManager::instance()->findUpdateFile(McuManager::GnssPackage);
+    const QString folder = McuManager::instance()->findUpdateFile(kGnssPackage);
     const QString result =
         folder.isEmpty() ? QStringLiteral("No Update file!") : QStringLiteral("OK");
     ui->lineEdit_2->setText(result);
@@ -133,7 +136,7 @@ void gpsupdate::on_pushButton_clicked()
 
 void gpsupdate::on_pushButton_2_clicked()
 {
-    const QString path = McuManager::instance()->findUpdateFile(McuManager::GnssPackage)
+    const QString path = McuManager::instance()->findUpdateFile(kGnssPackage)
         + QStringLiteral("/flash_download.cfg");
     DBG << path;
     const QPointer<gpsupdate> page = this; // the window may be destroyed under an open box

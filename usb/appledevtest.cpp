@@ -48,6 +48,9 @@ enum UsbFunction : int {
     NcmFunctionOff = 7,
 };
 
+// The task that the framework is told of when the page goes.
+constexpr auto kIdleTask = static_cast<Qx::TaskEvt>(0);
+
 constexpr int kRebootDelayMilliseconds = 1000;
 
 constexpr size_t kResultBytes = 2000;
@@ -159,7 +162,7 @@ AppleDevTest::AppleDevTest(QWidget *parent)
 AppleDevTest::~AppleDevTest()
 {
     usbSpeedSwitched = false;
-    TaskEvent idle(Qx::TaskIdle);
+    TaskEvent idle(kIdleTask);
     QCoreApplication::sendEvent(QCoreApplication::instance(), &idle);
     delete scroller;
     delete ui;

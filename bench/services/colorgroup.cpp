@@ -4,7 +4,7 @@
 
 #include <QFont>
 
-void ColorGroup::setFontColor(QFont &font, const QString &group, int size, int state)
+void ColorGroup::setFontColor(QFont &font, QString group, int size, int state)
 {
     bench::journal().call(QStringLiteral("ColorGroup"), QStringLiteral("setFontColor"),
                           {group, size, state});

@@ -25,7 +25,7 @@ SettingsCache *SettingsCache::instance()
     return &store;
 }
 
-bool SettingsCache::getValue(const QString &key, bool defaultValue)
+bool SettingsCache::getValue(QString key, bool defaultValue)
 {
     journal().call(kCache, QStringLiteral("getValue"), {key, defaultValue});
     const auto found = unit().settings.cache.constFind(key);

@@ -13,7 +13,7 @@ class PLATFORM_API SettingsCache
 public:
     static SettingsCache *instance();
 
-    bool getValue(const QString &key, bool defaultValue);
+    bool getValue(QString key, bool defaultValue);
     int getValue(const QString &key, int defaultValue);
 
     void setValue(const QString &key, const QVariant &value);

@@ -1,5 +1,6 @@
 # A build for a real unit: configures with an SDK in place of platform/, has nothing of the bench
-# in it, and compiles the source that includes the most of the SDK's headers.
+# in it, and compiles the source that includes the most of the SDK's headers, and those that need a
+# value of an enumeration whose names are the SDK's own.
 # cmake -DSOURCE_DIR=... -DWORK_DIR=... -DSERVICES=... -P platform_sdk.cmake
 
 file(REMOVE_RECURSE ${WORK_DIR})
@@ -15,6 +16,19 @@ foreach(stand_in IN LISTS stand_ins)
   string(REPEAT "x" ${bytes} image)
   file(WRITE ${WORK_DIR}/agents/${name} "${image}")
 endforeach()
+
+# Of an enumeration only the values are known.
+function(rename_enumerator header name)
+  file(READ ${sdk}/include/${header} text)
+  string(REPLACE ${name} SdkNameOf${name} renamed "${text}")
+  if(renamed STREQUAL text)
+    message(FATAL_ERROR "${header} has no ${name}")
+  endif()
+  file(WRITE ${sdk}/include/${header} "${renamed}")
+endfunction()
+rename_enumerator(framework/events.h TouchLeaveTestMode)
+rename_enumerator(framework/events.h TaskIdle)
+rename_enumerator(mcu/mcumanager.h GnssPackage)
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -34,4 +48,6 @@ foreach(folder bench tests)
   endif()
 endforeach()
 run(${CMAKE_COMMAND} --build ${build} --target
-  CMakeFiles/testmode_objects.dir/plugin/mainwidget.cpp.o)
+  CMakeFiles/testmode_objects.dir/plugin/mainwidget.cpp.o
+  CMakeFiles/testmode_objects.dir/usb/appledevtest.cpp.o
+  CMakeFiles/testmode_objects.dir/gps/gpsupdate.cpp.o)

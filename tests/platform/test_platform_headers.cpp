@@ -1,11 +1,14 @@
 #include "tests/support/unittest.h"
 
 #include "framework/appplugin.h"
+#include "framework/colorgroup.h"
 #include "framework/events.h"
 #include "framework/windowinterface.h"
 #include "kraudio/audioservice.h"
 #include "lm_usb/lmusbmanager.h"
 #include "lmplfctrl/lmplatformcontrol.h"
+#include "mem/settingscache.h"
+#include "mem/settingsfunc.h"
 
 #include <cstddef>
 #include <cstring>
@@ -22,6 +25,7 @@ private slots:
     void windowOperationsStandInOrder();
     void networkTestsStandInOrder();
     void interfaceHasItsName();
+    void textsGoByValue();
     void eventHoldsPayloadBeforeValue();
     void touchEventCarriesFourNumbers();
     void taskEventCarriesNothing();
@@ -83,6 +87,20 @@ void TestPlatformHeaders::networkTestsStandInOrder()
 void TestPlatformHeaders::interfaceHasItsName()
 {
     QCOMPARE(qobject_interface_iid<AppPlugin *>(), "com.corvane.Plugin.AppPlugin/1.0");
+}
+
+// Part of the names that a library exports.
+void TestPlatformHeaders::textsGoByValue()
+{
+    static_assert(
+        std::is_same_v<decltype(&ColorGroup::setFontColor), void (*)(QFont &, QString, int, int)>,
+        "the group");
+    using ReadBool = decltype(static_cast<bool (mem::SettingsCache::*)(QString, bool)>(
+        &mem::SettingsCache::getValue));
+    static_assert(std::is_member_function_pointer_v<ReadBool>, "the key");
+    static_assert(std::is_same_v<decltype(&mem::SettingsFunc::getValue),
+                                 bool (mem::SettingsFunc::*)(QString, bool)>,
+                  "the key");
 }
 
 void TestPlatformHeaders::eventHoldsPayloadBeforeValue()
