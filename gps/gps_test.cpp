@@ -25,7 +25,7 @@ namespace {
 // The list's view holds this many rows; from here on it scrolls.
 constexpr int kRowsInView = 6;
 
-// How long the receiver takes to clear its calibration before it may be rebooted.
+// Between clearing the receiver's calibration and rebooting it.
 constexpr unsigned long kCalibrationResetSeconds = 1;
 
 // Asks the date and time service for the system's local time.
@@ -156,7 +156,7 @@ void gps_test::onNmeaUpdate(krnmINFO info)
     showAntenna();
     showInstallStatus();
 
-    // The receiver may not have been up when it was asked first.
+    // Asked again with every record until a version has arrived.
     if (ui->txt_version->text().isEmpty())
         GpsService::instance()->read_set_CMD_VERSION();
 }

@@ -24,7 +24,7 @@ private slots:
     void onCarPlayDumpStartClicked();
     void onCarPlayDumpEndClicked();
 
-    // Both end in a reset of the unit: the log service reads its setting at start.
+    // Both end in a reset of the unit.
     void onOpenLogServiceClicked();
     void onCloseLogServiceClicked();
 

@@ -70,9 +70,9 @@ int GpsService::getGPSSatelliteInView()
     return unit().gnss.satellites.size();
 }
 
-krnmSatellite GpsService::getSatellitesListForIdx(int index, bool onlyInUse)
+krnmSatellite GpsService::getSatellitesListForIdx(int index, bool flag)
 {
-    record("getSatellitesListForIdx", {index, onlyInUse});
+    record("getSatellitesListForIdx", {index, flag});
     return unit().gnss.satellites.value(index);
 }
 

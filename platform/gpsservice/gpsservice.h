@@ -28,9 +28,10 @@ public:
     QString getAntennaInfo();
     QString getGpsInstallStatusStr();
 
-    // Satellites in view, and one of them by index from 0.
+    // Satellites in view, and one of them by index from 0. The list asks with false; what true
+    // would give is the service's.
     int getGPSSatelliteInView();
-    krnmSatellite getSatellitesListForIdx(int index, bool onlyInUse);
+    krnmSatellite getSatellitesListForIdx(int index, bool flag);
 
     // Receiver commands; none waits. The version comes as gpsFirmwareVersion.
     void read_set_CMD_VERSION();

@@ -18,7 +18,7 @@ class PLATFORM_API AudioService
 public:
     static AudioService *instance();
 
-    // Analog gain of the two microphone channels, in dB.
+    // Analog gain of the microphone, in dB; the page gives both arguments the same value.
     void setMicAnalogGain(float first, float second);
 
     void configMic(krMicConfig config);
