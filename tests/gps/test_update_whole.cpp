@@ -19,10 +19,13 @@ constexpr int kUpdateMilliseconds = 60000;
 const QStringList kImages = {"bootloader.bin", "partition_table.bin", "gnss_demo.bin",
                              "gnss_config.bin"};
 
+const QString kOtherFolder = QStringLiteral("/tmp/other");
+
 // What the unit finds from now on: images of five bytes.
 void useOtherPackage()
 {
-    const QString folder = QStringLiteral("/tmp/other");
+    const QString folder = kOtherFolder;
+    QVERIFY(QDir(folder).removeRecursively());
     QVERIFY(QDir().mkpath(folder));
     QVERIFY(QFile::copy(bench::unit().system.updateFolder + "/flash_download.cfg",
                         folder + "/flash_download.cfg"));
@@ -61,6 +64,10 @@ private slots:
     void updateAfterTheWindowWasBuiltAgain();
     void windowDestroyedInTheMiddle();
     void packageLoadedDuringAnUpdateIsNotThisUpdates();
+    void packageChosenRightAfterTheStartIsNotThisUpdates();
+    void filesAreNotReadAfterTheChoice_data();
+    void filesAreNotReadAfterTheChoice();
+    void whatABadPackageLeavesIsFlashed();
     void updateWithoutPackageIsRefused();
 
 private:
@@ -193,6 +200,65 @@ void TestUpdateWhole::packageLoadedDuringAnUpdateIsNotThisUpdates()
     update(unit); // the next one's
     QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
     QCOMPARE(unit.flash().mid(0x13000, 6), QByteArray("other\xFF"));
+}
+
+// Two presses that were waiting while the GUI thread was busy.
+void TestUpdateWhole::packageChosenRightAfterTheStartIsNotThisUpdates()
+{
+    UpdateUnit unit;
+    unit.openUpdatePage();
+    useOtherPackage();
+    unit.press("pushButton_3");
+    unit.press("pushButton_2");
+    QCOMPARE(downloadfile.app_bin, QByteArray("other"));
+    QTRY_VERIFY_WITH_TIMEOUT(!unit.updateRuns(), kUpdateMilliseconds);
+    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
+    QVERIFY(unit.flash() == UpdateUnit::flashWith(kImages));
+}
+
+void TestUpdateWhole::filesAreNotReadAfterTheChoice_data()
+{
+    QTest::addColumn<bool>("stickStays");
+    QTest::newRow("other files in their place") << true;
+    QTest::newRow("gone with their stick") << false;
+}
+
+void TestUpdateWhole::filesAreNotReadAfterTheChoice()
+{
+    QFETCH(bool, stickStays);
+    UpdateUnit unit;
+    useOtherPackage();
+    unit.openUpdatePage();
+    if (stickStays) {
+        QFile image(kOtherFolder + "/gnss_demo.bin");
+        QVERIFY(image.open(QIODevice::WriteOnly));
+        QCOMPARE(image.write("changed"), qint64(7));
+    } else {
+        QVERIFY(QDir(kOtherFolder).removeRecursively());
+    }
+    update(unit);
+    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
+    QCOMPARE(unit.flash().mid(0x13000, 6), QByteArray("other\xFF"));
+    QCOMPARE(unit.flash().mid(0x30000, 6), QByteArray("other\xFF"));
+}
+
+// Kept: what was read before the bad file goes out with what is left of the package before.
+void TestUpdateWhole::whatABadPackageLeavesIsFlashed()
+{
+    UpdateUnit unit;
+    unit.openUpdatePage();
+    useOtherPackage();
+    QVERIFY(QFile::remove(kOtherFolder + "/gnss_demo.bin"));
+    boxes().expect("Error", "Not open app_file!");
+    unit.press("pushButton_2");
+    update(unit);
+    QCOMPARE(unit.lines().last(), QStringLiteral("/dev/ttyS4: succed"));
+    QCOMPARE(unit.flash().mid(0, 6), QByteArray("other\xFF"));
+    QCOMPARE(unit.flash().mid(0x30000, 6), QByteArray("other\xFF"));
+    const QByteArray application = UpdateUnit::packageFile("gnss_demo.bin");
+    QVERIFY(unit.flash().mid(0x13000, application.size()) == application);
+    const QByteArray configuration = UpdateUnit::packageFile("gnss_config.bin");
+    QVERIFY(unit.flash().mid(0x3FF000, configuration.size()) == configuration);
 }
 
 // Nothing was chosen: the worker gets empty images, and the receiver refuses their range.
