@@ -1,5 +1,6 @@
 #include "serial_thread.h"
 
+#include "download_agent_protocol.h"
 #include "tools/common.h"
 #include "tools/debugtrace.h"
 
@@ -11,6 +12,8 @@
 #include <cstring>
 #include <utility>
 
+#include <poll.h>
+
 namespace {
 
 constexpr int kDefaultTimerMilliseconds = 30;
@@ -21,13 +24,13 @@ constexpr qint64 kDiscardFrom = 37;
 // How often draining looks for input before it gives up.
 constexpr int kDrainPolls = 30;
 
-// A packet of the download: the largest buffer that draining may copy.
-constexpr qint64 kPacketBytes = 4096;
+// How many polls of a closed port pass at once.
+constexpr uint32_t kClosedPolls = 20;
 
 // Writing has no time-out; it only looks up this often to see whether the process ends.
 constexpr int kWriteSliceMilliseconds = 200;
 
-// Kept for a debugger: nothing reads it.
+// Kept: how many bytes the last read brought; nothing reads it.
 [[maybe_unused]] qint64 lastReadCount = 0;
 
 // A word as the wire has it, most significant byte first.
@@ -38,6 +41,19 @@ QByteArray wireOrder(Word value)
     std::memcpy(bytes, &value, sizeof value);
     EndianTOEndian(bytes, sizeof value);
     return QByteArray(reinterpret_cast<const char *>(bytes), sizeof value);
+}
+
+// Nothing comes from a closed port: there several polls pass at once, in as much time.
+void passPoll(const QSerialPort &port, uint32_t *polls)
+{
+    if (port.isOpen()) {
+        --*polls;
+        Delay_MSec(1);
+        return;
+    }
+    const uint32_t passed = *polls == 0 ? kClosedPolls : qMin(*polls, kClosedPolls);
+    *polls -= passed;
+    QThread::msleep(passed);
 }
 
 QByteArray copyOf(const uint8_t *bytes, qint64 count)
@@ -57,6 +73,10 @@ serial_thread::serial_thread(QString name)
     : portName(name), port(new QSerialPort), timer(new QTimer)
 {
     sendstr.length = 0;
+    sinceReceived.start();
+    // Queued: the port still uses its descriptor when it tells.
+    connect(port, &QSerialPort::errorOccurred, this, &serial_thread::closeIfGone,
+            Qt::QueuedConnection);
 }
 
 serial_thread::~serial_thread()
@@ -98,6 +118,8 @@ void serial_thread::serial_init(uint8_t *, uint8_t, uint8_t *opened)
     // Kept: software flow control, whatever the settings dialog shows.
     port->setFlowControl(QSerialPort::SoftwareControl);
     port->setStopBits(QSerialPort::OneStop);
+    sinceReceived.start();
+    abandoned = false;
     *opened = 1;
 }
 
@@ -164,16 +186,53 @@ void serial_thread::serial_get_bytes(uint8_t *buf, uint32_t)
 
 void serial_thread::SendData(QByteArray data)
 {
-    if (!port->isOpen())
-        return; // a closed port would only warn
+    // A closed port would only warn.
+    if (!port->isOpen() || isAbandoned(sinceReceived))
+        return;
 
+    QElapsedTimer quiet;
+    quiet.start();
     port->write(data);
-    while (port->bytesToWrite() > 0 && !QThread::currentThread()->isInterruptionRequested()) {
-        port->clearError();
-        if (!port->waitForBytesWritten(kWriteSliceMilliseconds)
-            && port->error() != QSerialPort::TimeoutError)
-            return;
+    while (port->bytesToWrite() > 0 && waitForWriting(&quiet)) { }
+}
+
+// False when the rest is not to be waited for.
+bool serial_thread::waitForWriting(QElapsedTimer *quiet)
+{
+    const qint64 before = port->bytesToWrite();
+    port->clearError();
+    port->waitForBytesWritten(kWriteSliceMilliseconds);
+    if (port->bytesToWrite() < before) {
+        quiet->start();
+        return true;
     }
+    closeIfGone();
+    // A line that is stopped between the look and the write calls itself a lack of resources.
+    const QSerialPort::SerialPortError error = port->error();
+    const bool stopped = error == QSerialPort::TimeoutError || error == QSerialPort::ResourceError;
+    return port->isOpen() && stopped && !isAbandoned(*quiet);
+}
+
+// An error alone does not tell; a line that hangs up says so to whoever looks, for good.
+void serial_thread::closeIfGone()
+{
+    if (!port->isOpen())
+        return;
+    pollfd line = {static_cast<int>(port->handle()), 0, 0};
+    if (::poll(&line, 1, 0) == 1)
+        port->close();
+}
+
+// Whether the line is left to itself, now that it has been quiet for this long.
+bool serial_thread::isAbandoned(const QElapsedTimer &quiet)
+{
+    if (!abandoned && QThread::currentThread()->isInterruptionRequested()
+        && (!port->isOpen() || quiet.elapsed() >= patienceAtEnd)) {
+        abandoned = true;
+        if (port->isOpen())
+            port->clear(QSerialPort::Output);
+    }
+    return abandoned;
 }
 
 void serial_thread::ReadData(uint8_t *buf, uint32_t len, uint32_t timeout)
@@ -182,12 +241,14 @@ void serial_thread::ReadData(uint8_t *buf, uint32_t len, uint32_t timeout)
     uint32_t polls = timeout;
     qint64 pending = 0;
     do {
-        --polls;
-        Delay_MSec(1);
+        passPoll(*port, &polls);
+        const qint64 before = pending;
         pending = port->bytesAvailable();
-    } while (pending < len && polls != 0);
+        if (pending > before)
+            sinceReceived.start();
+    } while (pending < len && polls != 0 && !isAbandoned(sinceReceived));
 
-    if (port->isOpen())
+    if (port->isOpen() && !abandoned)
         lastReadCount = port->read(reinterpret_cast<char *>(buf), len);
     // Kept: part of the dialogue's behaviour, as is the number.
     if (pending >= kDiscardFrom)
@@ -200,7 +261,8 @@ void serial_thread::ReadData(uint8_t *buf, uint32_t len, uint32_t timeout)
 
 void serial_thread::RealReadData()
 {
-    rodata += port->readAll();
+    if (port->isOpen())
+        rodata += port->readAll();
     emit signal_TransferData(rodata);
 }
 
@@ -214,7 +276,7 @@ void serial_thread::RealReadAllData(uint8_t *buf)
     const QByteArray discarded = port->isOpen() ? port->readAll() : QByteArray();
 
     // Kept: shows the caller's own bytes, as many as came in; never more than the buffer holds.
-    const QByteArray shown = copyOf(buf, qMin<qint64>(discarded.size(), kPacketBytes));
+    const QByteArray shown = copyOf(buf, qMin<qint64>(discarded.size(), agent::kPacketBytes));
     DBG << shown.size() << shown.toHex();
     emit signal_TransferData(shown);
 }

@@ -3,9 +3,11 @@
 #include "uart_types.h"
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 
 class QEventLoop;
@@ -17,6 +19,8 @@ class QTimer;
 // port. Lives in a thread of its own and is reached only through the worker's
 // blocking signals, one at a time. Words travel most significant byte first.
 // Time-outs count polls of about a millisecond; one that passes is not reported.
+// A line that has gone (adapter pulled, other end closed) is closed: reads then
+// last as long as from a silent receiver, writes return at once.
 class serial_thread : public QObject
 {
     Q_OBJECT
@@ -29,6 +33,11 @@ public:
     // Hands the transport with its port and timer to `thread`, which closes the
     // port and stops the timer as its last act.
     void moveTo(QThread *thread);
+
+    // How long a line may stay quiet once an interruption of the transport's thread was requested;
+    // after that nothing more is sent, and reads bring nothing and return at once, until the port
+    // is opened again. 0, as it starts: not at all. Any thread.
+    void setPatienceAtEnd(int milliseconds) { patienceAtEnd = milliseconds; }
 
     // Reads `len` bytes in reverse order of arrival. Fewer may come: `buf` keeps
     // its old bytes there, and is reversed all the same.
@@ -69,12 +78,19 @@ public slots:
 
 private:
     void release();
+    void closeIfGone();
+    bool waitForWriting(QElapsedTimer *quiet);
+    bool isAbandoned(const QElapsedTimer &quiet);
 
     QString portName;
     [[maybe_unused]] int status = 0; // kept: nothing uses it
     QSerialPort *port;               // owned, without a parent: moved by itself
     QTimer *timer;                   // owned likewise; nothing connects its time-out
     QEventLoop *loop = nullptr;      // of Delay_Ms(), made on first use
+    std::atomic<int> patienceAtEnd{0};
+    QElapsedTimer sinceReceived; // since the last byte came in, or the port was opened
+    bool abandoned =
+        false; // the process ends and the line was quiet: nothing goes over it any more
 };
 
 // Reverses the first `len` bytes of `buf` in place.

@@ -1,3 +1,5 @@
+#include "line.h"
+
 #include "gnss_download/serial_thread.h"
 #include "tests/support/clock/clockedtest.h"
 #include "tools/common.h"
@@ -10,104 +12,11 @@
 #include <functional>
 #include <thread>
 
-#include <poll.h>
-#include <pty.h>
-#include <sys/ioctl.h>
 #include <termios.h>
-#include <unistd.h>
+
+using tests::Line;
 
 namespace {
-
-// A pseudo-terminal: the transport opens `path`, the test is the other end.
-class Line
-{
-public:
-    Line()
-    {
-        char name[64] = {};
-        if (::openpty(&master, &slave, name, nullptr, nullptr) != 0)
-            qFatal("no pseudo-terminal");
-        termios raw = settings();
-        ::cfmakeraw(&raw);
-        ::tcsetattr(slave, TCSANOW, &raw);
-        path = QString::fromLatin1(name);
-    }
-    ~Line()
-    {
-        ::close(master);
-        ::close(slave);
-    }
-
-    void send(const char *hex)
-    {
-        const QByteArray bytes = QByteArray::fromHex(hex);
-        const int before = untaken();
-        if (::write(master, bytes.constData(), static_cast<size_t>(bytes.size())) != bytes.size())
-            qFatal("the line does not take the bytes");
-        // Returns when they lie at the other end, so that a read finds all of them pending.
-        const int all = qMin(before + bytes.size(), 4000);
-        QElapsedTimer clock;
-        clock.start();
-        while (untaken() < all && clock.elapsed() < 2000)
-            std::this_thread::yield();
-    }
-
-    // 0x13 stops the other end's sender, 0x11 lets it go on; returns when the driver does so.
-    void sendFlowControl(char byte)
-    {
-        if (::write(master, &byte, 1) != 1)
-            qFatal("the line does not take the byte");
-        const int writable = byte == 0x11 ? 1 : 0;
-        pollfd sender = {slave, POLLOUT, 0};
-        QElapsedTimer clock;
-        clock.start();
-        while (::poll(&sender, 1, 0) != writable && clock.elapsed() < 2000)
-            std::this_thread::yield();
-    }
-
-    // Bytes that the transport has not taken in yet; the driver tells of 4095 at most.
-    int untaken() const
-    {
-        int count = 0;
-        ::ioctl(slave, FIONREAD, &count);
-        return count;
-    }
-
-    // What has arrived, up to `count` bytes; waits for the first of each part.
-    QByteArray receive(int count)
-    {
-        QByteArray bytes;
-        pollfd ready = {master, POLLIN, 0};
-        while (bytes.size() < count && ::poll(&ready, 1, 2000) == 1) {
-            char part[4096];
-            const ssize_t got = ::read(
-                master, part, static_cast<size_t>(qMin<int>(sizeof part, count - bytes.size())));
-            if (got <= 0)
-                break;
-            bytes.append(part, static_cast<int>(got));
-        }
-        return bytes;
-    }
-
-    bool quiet() const
-    {
-        pollfd ready = {master, POLLIN, 0};
-        return ::poll(&ready, 1, 0) == 0;
-    }
-
-    termios settings() const
-    {
-        termios now = {};
-        ::tcgetattr(master, &now);
-        return now;
-    }
-
-    QString path;
-
-private:
-    int master = -1;
-    int slave = -1; // kept open: the line stays up between two opens
-};
 
 // A transport that is open on a line of its own.
 struct OpenTransport
@@ -122,7 +31,7 @@ struct OpenTransport
     }
 
     Line line;
-    serial_thread transport{line.path};
+    serial_thread transport{line.path()};
 };
 
 QString currentThread()
@@ -218,7 +127,7 @@ void TestSerialThread::openingSetsTheLine()
     QFETCH(int, baudRate);
     QFETCH(int, speed);
     Line line;
-    serial_thread transport(line.path);
+    serial_thread transport(line.path());
     // Only the rate is taken from the settings.
     com_set = {baudRate, 5, "Even", 2.0F, "Hardware"};
     uint8_t status = 0;
@@ -231,8 +140,8 @@ void TestSerialThread::openingSetsTheLine()
     QCOMPARE(int(set.c_cflag & (PARENB | CSTOPB | CRTSCTS)), 0);
     QCOMPARE(int(set.c_iflag & (IXON | IXOFF)), int(IXON | IXOFF));
     QCOMPARE(trace().payloads(),
-             QStringList({QString("InitSerial: \"%1\" %2").arg(line.path, currentThread()),
-                          QString("\"%1\" %2").arg(line.path).arg(baudRate)}));
+             QStringList({QString("InitSerial: \"%1\" %2").arg(line.path(), currentThread()),
+                          QString("\"%1\" %2").arg(line.path()).arg(baudRate)}));
 }
 
 void TestSerialThread::openingAgainStartsAnew()
@@ -268,7 +177,7 @@ void TestSerialThread::openingFails()
 void TestSerialThread::closedPortDoesNothing()
 {
     Line line;
-    serial_thread transport(line.path);
+    serial_thread transport(line.path());
     const termios before = line.settings();
     transport.serial_deinit(nullptr, 0);
     transport.serial_set_baudrate(hal_uart_baudrate_t(115200));
@@ -343,7 +252,7 @@ void TestSerialThread::stoppedLineIsWaitedFor()
     Line line;
     com_set = config();
     QThread thread;
-    serial_thread transport(line.path);
+    serial_thread transport(line.path());
     transport.moveTo(&thread);
     thread.start();
     const auto inThread = [&transport](const std::function<void()> &call, Qt::ConnectionType type) {
