@@ -10,6 +10,3 @@ extern uint8_t da_array[2458];        // stage 1, loaded by the boot ROM
 extern uint8_t da_array1[39148];      // stage 2, loaded through stage 1
 extern uint8_t slave_da_array[27103]; // carried along; nothing refers to it
 }
-
-// Parameter block that the running agent gets, sent as it stands.
-extern uint8_t unknow_array[36];

@@ -27,10 +27,20 @@ bool ugrade_thread::hdl_brom_start()
     for (int retries = bootrom::kRetries;; --retries) {
         if (synchroniseOnce(&answer))
             return true;
-        Delay_MSec(bootrom::kRetryMilliseconds);
-        if (retries == 0)
+        rest(bootrom::kRetryMilliseconds);
+        if (retries == 0 || isInterruptionRequested())
             return false;
     }
+}
+
+// Ends early when the process does.
+void ugrade_thread::rest(int milliseconds)
+{
+    QElapsedTimer clock;
+    clock.start();
+    for (qint64 left = milliseconds; left > 0 && !isInterruptionRequested();
+         left = milliseconds - clock.elapsed())
+        Delay_MSec(static_cast<int>(qMin<qint64>(left, bootrom::kRestSliceMilliseconds)));
 }
 
 bool ugrade_thread::synchroniseOnce(uint8_t *answer)
@@ -39,7 +49,7 @@ bool ugrade_thread::synchroniseOnce(uint8_t *answer)
     g_brom_task_stop = 0;
     QElapsedTimer clock;
     clock.start();
-    while (clock.elapsed() < bootrom::kFirstByteMilliseconds) {
+    while (clock.elapsed() < bootrom::kFirstByteMilliseconds && !isInterruptionRequested()) {
         emit hdl_uart_put_byte(bootrom::kSyncBytes[0]);
         emit hdl_uart_get_byte(answer, bootrom::kSyncPolls);
         if (*answer == expected) {

@@ -19,6 +19,7 @@ constexpr int kEventMilliseconds = 100;
 
 // The pause after a wrong answer, and how many attempts follow the first.
 constexpr int kRetryMilliseconds = 2000;
+constexpr int kRestSliceMilliseconds = 100; // how soon the pause ends when the process does
 constexpr int kRetries = 3;
 
 // Pause between two first bytes of the alternative sender.
@@ -55,6 +56,10 @@ constexpr uint32_t kHardwareSubcodeRegister = 0x8000000C;
 // Without this the chip resets itself in the middle of the download.
 constexpr uint32_t kWatchdogRegister = 0xA2080000;
 constexpr uint16_t kWatchdogOff = 0x0010;
+
+// Where both agents are loaded and started; the other address is only logged.
+constexpr uint32_t kAgentAddress = 0x04204000;
+constexpr uint32_t kAuxiliaryAddress = 0x00100000;
 
 // An agent goes out in blocks of this many bytes, none of them acknowledged.
 constexpr uint32_t kBlockBytes = 1024;

@@ -3,17 +3,12 @@
 #include "download_agent_protocol.h"
 #include "platformservice/platformservice.h"
 #include "protocol_step.h"
+#include "serial_thread.h"
 #include "tools/common.h"
 #include "tools/debugtrace.h"
 #include "ugrade_thread.h"
 
 using bootrom::kReplyPolls;
-
-uint8_t unknow_array[36] = {
-    0x16, 0x01, 0x00, 0x00, 0x50, 0xC8, 0x20, 0x04, 0x7C, 0xC5, 0x20, 0x04, //
-    0xD0, 0xCB, 0x20, 0x04, 0x01, 0x00, 0xEF, 0x00, 0x60, 0x00, 0x16, 0x00, //
-    0x00, 0x00, 0x00, 0x00, 0x18, 0xCB, 0x20, 0x04, 0xB8, 0xCB, 0x20, 0x04,
-};
 
 namespace {
 
@@ -60,6 +55,7 @@ bool ugrade_thread::hdl_connect(const hdl_da_info_t *info, hdl_da_report_t *repo
     result = hdl_brom_send_da(info->aux_addr, info->da_addr, info->da_len);
     if (!stepSucceeded("hdl_brom_send_da", result))
         return result;
+    serial->setPatienceAtEnd(agent::kConnectPatienceMilliseconds);
     if (!greetStage1(&status))
         return result;
     switchBaudRate();
@@ -224,7 +220,7 @@ bool ugrade_thread::sendParameterBlock()
 bool ugrade_thread::hdl_disconnect(HDL_DISCONNECT_TYPE type)
 {
     uint8_t ignored = 0;
-    emit hdl_uart_put_byte(agent::GiveUp);
+    emit hdl_uart_put_byte(agent::Leave);
     emit hdl_uart_get_byte(&ignored, kReplyPolls);
 
     Log("hdl_disconnect disconnect_type=%d", type);

@@ -18,7 +18,7 @@ enum Reply : uint8_t {
 enum Command : uint8_t {
     Proceed = 0x5A,       // each step of the bring-up, and before an image
     Resend = 0x69,        // before a packet goes out again
-    GiveUp = 0xA5,        // no packet goes out again; also the first byte of the end
+    Leave = 0xA5,         // a packet, which does not go out again; the connection, before its end
     SetParameters = 0x24, // the parameter block follows
     WriteImage = 0xB2,    // address, padded length, packet size
     Finish = 0xD9,        // option; answers Acknowledged
@@ -32,7 +32,7 @@ constexpr uint16_t kBaudSwitch = 0x5A5A;
 // Both sides settle at the new rate, before it and after it.
 constexpr int kBaudSwitchMilliseconds = 100;
 
-// Sent at the new rate, each byte echoed: a line that garbles is noticed by the chip.
+// Sent at the new rate, each byte echoed; only the chip can tell that the line garbles.
 constexpr uint8_t kLineCheck[] = {0x69, 0x5A, 0x0F, 0x1E, 0x2D, 0x3C, 0x4B, 0x5A, 0x69,
                                   0x78, 0x87, 0x96, 0xA5, 0xB4, 0xC3, 0xD2, 0xE1, 0xF0};
 
@@ -46,13 +46,13 @@ constexpr unsigned long kResetMilliseconds = 100;
 constexpr uint32_t kPacketBytes = 4096;
 constexpr uint8_t kErased = 0xFF;
 
-// A packet is answered sooner than a command.
+// The answer to a packet is waited for less long than that to a command.
 constexpr uint32_t kPacketPolls = 300;
 
-// Longest that the agent takes to sum up an image.
+// How long the answer to an image's sum is waited for.
 constexpr uint32_t kSumPolls = 900;
 
-// The agent writes its flash between two packets.
+// The rest after each packet that was taken.
 constexpr int kPacketMilliseconds = 3;
 
 // Refusals of a packet after which the agent may ask for it again, and how often it may.
@@ -60,7 +60,22 @@ constexpr uint32_t kFirstResendCode = 3061;
 constexpr uint32_t kCodeBusy = 3065; // also the last of them
 constexpr int kResends = 3;
 
+// Once the process is to end: how long the agent may be silent before the first image and from it
+// on (the flash is not left half written for a pause), and what it may still draw for one packet by
+// refusals without limit or by being busy.
+constexpr int kConnectPatienceMilliseconds = 1000;
+constexpr int kWritePatienceMilliseconds = 6000;
+constexpr int kLastRounds = 100;
+constexpr int kLastRoundsMilliseconds = 5000;
+
 // Argument of ArmWatchdog.
 constexpr uint16_t kWatchdogArgument = 5;
 
 } // namespace agent
+
+// The parameter block, sent to the running agent as it stands. Name and linkage are kept.
+inline uint8_t unknow_array[36] = {
+    0x16, 0x01, 0x00, 0x00, 0x50, 0xC8, 0x20, 0x04, 0x7C, 0xC5, 0x20, 0x04, //
+    0xD0, 0xCB, 0x20, 0x04, 0x01, 0x00, 0xEF, 0x00, 0x60, 0x00, 0x16, 0x00, //
+    0x00, 0x00, 0x00, 0x00, 0x18, 0xCB, 0x20, 0x04, 0xB8, 0xCB, 0x20, 0x04,
+};

@@ -1,9 +1,12 @@
 #include "bootrom_protocol.h"
 #include "download_agent_protocol.h"
 #include "protocol_step.h"
+#include "serial_thread.h"
 #include "tools/common.h"
 #include "tools/debugtrace.h"
 #include "ugrade_thread.h"
+
+#include <QElapsedTimer>
 
 #include <algorithm>
 
@@ -11,19 +14,46 @@ using bootrom::kReplyPolls;
 
 namespace {
 
+// Kept: a length of 0 wraps to a huge count.
+uint32_t packetCountOf(const _hdl_image_t &image)
+{
+    return (image.length - 1) / agent::kPacketBytes + 1;
+}
+
 // Fills one packet from `offset` on; what the package does not hold goes out as erased flash.
-void fillPacket(uint8_t *packet, const QByteArray *data, uint32_t offset, uint32_t wanted)
+void fillPacket(uint8_t *packet, const QByteArray &data, uint32_t offset, uint32_t wanted)
 {
     std::fill(packet, packet + agent::kPacketBytes, agent::kErased);
-    const uint32_t held = data == nullptr ? 0 : static_cast<uint32_t>(data->size());
+    const auto held = static_cast<uint32_t>(data.size());
     if (offset < held)
-        std::copy_n(data->cbegin() + offset, std::min(wanted, held - offset), packet);
+        std::copy_n(data.cbegin() + offset, std::min(wanted, held - offset), packet);
 }
+
+// Bounds what goes on for as long as the agent wants it, from the first time on that the process
+// is seen to end: by then the flash is half written, and the next round may be the last.
+class LastRounds
+{
+public:
+    // Asked once a round.
+    bool areOver(bool processEnds)
+    {
+        if (!processEnds)
+            return false;
+        if (!clock.isValid())
+            clock.start();
+        return ++rounds > agent::kLastRounds || clock.hasExpired(agent::kLastRoundsMilliseconds);
+    }
+
+private:
+    QElapsedTimer clock;
+    int rounds = 0;
+};
 
 } // namespace
 
 bool ugrade_thread::hdl_download(_hdl_image_t *list)
 {
+    serial->setPatienceAtEnd(agent::kWritePatienceMilliseconds);
     bool result = false;
     for (_hdl_image_t *image = list; image != nullptr; image = image->next) {
         Log("Start Download Image (%s)", image->name);
@@ -36,14 +66,18 @@ bool ugrade_thread::hdl_download(_hdl_image_t *list)
 
 bool ugrade_thread::hdl_da_download(_hdl_image_t *image)
 {
-    // Kept: a length of 0 wraps to a huge count.
-    const uint32_t packetCount = (image->length - 1) / agent::kPacketBytes + 1;
+    const QByteArray *data = imageData(image->file_index);
+    if (data == nullptr || static_cast<uint32_t>(data->size()) < image->length) {
+        Log("hdl_da_download fail, invalid parameter");
+        return false;
+    }
+
     uint8_t packet[agent::kPacketBytes] = {};
-    if (!beginImage(image->flash_addr, packetCount * agent::kPacketBytes, packet))
+    if (!beginImage(image->flash_addr, packetCountOf(*image) * agent::kPacketBytes, packet))
         return false;
 
     uint32_t sum = 0;
-    if (!writePackets(*image, packetCount, packet, &sum))
+    if (!writePackets(*image, *data, packet, &sum))
         return false;
     uint32_t error = 0;
     if (!stepSucceeded("DA Write Image Packets", hdl_da_check_cmd_arg(&error)))
@@ -78,10 +112,10 @@ bool ugrade_thread::beginImage(uint32_t address, uint32_t paddedLength, uint8_t 
     return true;
 }
 
-bool ugrade_thread::writePackets(const _hdl_image_t &image, uint32_t packetCount, uint8_t *packet,
+bool ugrade_thread::writePackets(const _hdl_image_t &image, const QByteArray &data, uint8_t *packet,
                                  uint32_t *sum)
 {
-    const QByteArray *data = imageData(image.file_index);
+    const uint32_t packetCount = packetCountOf(image);
     for (uint32_t i = 0; i < packetCount; ++i) {
         const uint32_t offset = i * agent::kPacketBytes;
         const uint32_t bytes = i + 1 < packetCount ? agent::kPacketBytes : image.length - offset;
@@ -135,6 +169,7 @@ bool ugrade_thread::hdl_wirte_packet(uint8_t *data, uint32_t len, uint32_t)
     }
 
     int resends = 0;
+    LastRounds lastRounds;
     for (;;) {
         emit hdl_uart_put_byte_buffer(data, len);
         const uint8_t reply = readPacketReply();
@@ -144,12 +179,14 @@ bool ugrade_thread::hdl_wirte_packet(uint8_t *data, uint32_t len, uint32_t)
             return false;
 
         const uint32_t code = readRefusalCode();
+        if (code == agent::kCodeBusy)
+            waitWhileBusy();
         const bool counted = code >= agent::kFirstResendCode && code <= agent::kCodeBusy;
         if (counted && !agreeOnResend(&resends))
             return false;
-        // Kept: any other code draws the packet again, without end; only a process that ends stops
+        // Kept: any other code draws the packet again, without end; only a process that ends bounds
         // it.
-        if (!counted && isInterruptionRequested())
+        if (!counted && lastRounds.areOver(isInterruptionRequested()))
             return false;
     }
 }
@@ -171,20 +208,23 @@ uint32_t ugrade_thread::readRefusalCode()
     uint32_t code = 0;
     emit hdl_uart_get_data32(&code, kReplyPolls);
     Log("hdl_wirte_packet, NACK ret=%d", code);
-    if (code == agent::kCodeBusy) {
-        uint8_t busy = agent::StillBusy;
-        while (busy == agent::StillBusy && !isInterruptionRequested()) {
-            busy = 0; // a read that brings nothing ends the wait
-            emit hdl_uart_get_byte(&busy, kReplyPolls);
-        }
-    }
     return code;
+}
+
+void ugrade_thread::waitWhileBusy()
+{
+    LastRounds lastRounds;
+    uint8_t said = agent::StillBusy;
+    while (said == agent::StillBusy && !lastRounds.areOver(isInterruptionRequested())) {
+        said = 0; // a read that brings nothing ends the wait
+        emit hdl_uart_get_byte(&said, kReplyPolls);
+    }
 }
 
 bool ugrade_thread::agreeOnResend(int *resends)
 {
     if (*resends == agent::kResends) {
-        emit hdl_uart_put_byte(agent::GiveUp);
+        emit hdl_uart_put_byte(agent::Leave);
         return false;
     }
     ++*resends;

@@ -1,20 +1,13 @@
 #include "ugrade_thread.h"
 
 #include "agent_images.h"
+#include "bootrom_protocol.h"
 #include "protocol_step.h"
 #include "serial_thread.h"
 #include "tools/common.h"
 #include "tools/debugtrace.h"
 
 #include <QCoreApplication>
-
-namespace {
-
-// Where the receiver's RAM takes an agent, and the word that its loader is told with it.
-constexpr uint32_t kAgentAddress = 0x04204000;
-constexpr uint32_t kAuxiliaryAddress = 0x00100000;
-
-} // namespace
 
 ugrade_thread::ugrade_thread(QString port)
     : portName(port), transportThread(new QThread), serial(new serial_thread(port)),
@@ -59,11 +52,13 @@ void ugrade_thread::connectTransport()
     connect(this, &Worker::hdl_uart_get_bytes, serial, &Port::serial_get_bytes, blocking);
 }
 
-// The worker first: run() still needs the transport's event loop.
+// The worker first: run() still needs the transport's event loop. Asked to end, it gives up what
+// has written nothing yet, finishes what is being written, and waits for no receiver that is
+// silent.
 void ugrade_thread::shutDown()
 {
-    requestInterruption();
     transportThread->requestInterruption();
+    requestInterruption();
     wait();
     transportThread->quit();
     transportThread->wait();
@@ -84,7 +79,7 @@ void ugrade_thread::takePackage()
 
 void ugrade_thread::run()
 {
-    hdl_da_info_t info = {kAuxiliaryAddress, kAgentAddress, sizeof da_array};
+    hdl_da_info_t info = {bootrom::kAuxiliaryAddress, bootrom::kAgentAddress, sizeof da_array};
     hdl_da_report_t report = {};
 
     if (package != &taken) // started as any other thread

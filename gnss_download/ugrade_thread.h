@@ -21,7 +21,8 @@ class ugrade_thread : public QThread
 
 public:
     explicit ugrade_thread(QString port);
-    // Waits for run() to return first, so it may be called while run() does.
+    // Ends the update as the end of the process does: run() gives up where nothing is written yet
+    // or nobody answers, and is waited for. It may be called while run() returns.
     ~ugrade_thread() override;
 
     // In place of QThread's: takes the package as it is now, whole before it returns. What is
@@ -100,6 +101,7 @@ private:
     void shutDown();
     void takePackage();
 
+    void rest(int milliseconds);
     bool synchroniseOnce(uint8_t *answer);
     bool exchangeSyncByte(uint8_t sent, uint8_t *answer);
     bool readStatus(const char *step, uint16_t *status);
@@ -119,11 +121,12 @@ private:
     bool sendParameterBlock();
 
     bool beginImage(uint32_t address, uint32_t paddedLength, uint8_t *packet);
-    bool writePackets(const _hdl_image_t &image, uint32_t packetCount, uint8_t *packet,
+    bool writePackets(const _hdl_image_t &image, const QByteArray &data, uint8_t *packet,
                       uint32_t *sum);
     bool compareSum(const _hdl_image_t &image, uint32_t sum);
     uint8_t readPacketReply();
     uint32_t readRefusalCode();
+    void waitWhileBusy();
     bool agreeOnResend(int *resends);
 
     const QByteArray *imageData(uint8_t index) const;

@@ -127,13 +127,25 @@ QStringList Dialogue::answeredSteps() const
 Dialogue Dialogue::before(const QString &step) const
 {
     Dialogue beginning;
-    for (const Frame &frame : list) {
-        if (frame.step == step)
-            return beginning;
-        beginning.list.append(frame);
+    beginning.list = list.mid(0, firstOf(step));
+    return beginning;
+}
+
+Dialogue Dialogue::from(const QString &step) const
+{
+    Dialogue rest;
+    rest.list = list.mid(firstOf(step));
+    return rest;
+}
+
+int Dialogue::firstOf(const QString &step) const
+{
+    for (int i = 0; i < list.size(); ++i) {
+        if (list.at(i).step == step)
+            return i;
     }
     qFatal("no such step: %s", qPrintable(step));
-    return beginning;
+    return -1;
 }
 
 } // namespace tests

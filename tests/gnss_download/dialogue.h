@@ -43,8 +43,12 @@ public:
     QStringList answeredSteps() const;
     // This dialogue's beginning, up to and without the first frame of a step.
     Dialogue before(const QString &step) const;
+    // The rest of it, from that frame on.
+    Dialogue from(const QString &step) const;
 
 private:
+    int firstOf(const QString &step) const;
+
     QString current;
     QVector<Frame> list;
 };

@@ -27,6 +27,18 @@ struct Link
     ScriptedChip chip{&worker};
 };
 
+// An update that goes well, and the package that it writes.
+inline Dialogue goodDialogue()
+{
+    return Dialogue::read(fixture(QStringLiteral("good_dialogue.txt")));
+}
+
+inline void fillPackage()
+{
+    downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
+                    "\xC0\xC1\xC2"};
+}
+
 // What the protocol logged: the lines that carry no location.
 inline QStringList logTexts(const QStringList &lines)
 {

@@ -1,6 +1,7 @@
 #include "dialogue.h"
 
 #include "gnss_download/agent_images.h"
+#include "gnss_download/download_agent_protocol.h"
 #include "tests/support/unittest.h"
 
 // The agent images that the build carries.

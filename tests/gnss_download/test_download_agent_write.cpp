@@ -80,8 +80,9 @@ private slots:
     void packetsArePausedBetween();
     void imageComesFromTheFieldOfItsIndex_data();
     void imageComesFromTheFieldOfItsIndex();
-    void imageWithoutBytesGoesOutErased_data();
-    void imageWithoutBytesGoesOutErased();
+    void imageThatIsNotThereIsRefused_data();
+    void imageThatIsNotThereIsRefused();
+    void emptyImageGoesOutErased();
     void imageFails_data();
     void imageFails();
     void wrongSumIsLoggedWithBoth();
@@ -368,41 +369,45 @@ void TestDownloadAgentWrite::imageComesFromTheFieldOfItsIndex()
     QCOMPARE(link.chip.verdict(), QString());
 }
 
-void TestDownloadAgentWrite::imageWithoutBytesGoesOutErased_data()
+void TestDownloadAgentWrite::imageThatIsNotThereIsRefused_data()
 {
     QTest::addColumn<int>("index");
-    QTest::addColumn<QByteArray>("held"); // by the package's field
+    QTest::addColumn<int>("held"); // bytes, by each of the package's fields
     QTest::addColumn<uint32_t>("length");
-    QTest::addColumn<QString>("paddedLength");
-    QTest::addColumn<QString>("packet");
-    QTest::addColumn<QString>("logged");
-    QTest::newRow("no such field") << 4 << QByteArray("x") << 5000u << "00 00 20 00"
-                                   << "FF*4096"
-                                   << "packet 1/2 4096";
-    QTest::newRow("record longer than the file")
-        << 2 << QByteArray(3, '\x01') << 4096u << "00 00 10 00"
-        << "01 01 01 FF*4093"
-        << "packet 1/1 4096";
-    // The packet count of an empty image wraps.
-    QTest::newRow("empty image") << 2 << QByteArray() << 0u << "00 00 00 00"
-                                 << "FF*4096"
-                                 << "packet 1/1048576 4096";
+    QTest::newRow("no such field") << 4 << 5000 << 5000u;
+    QTest::newRow("no field by far") << 255 << 5000 << 5000u;
+    QTest::newRow("no such field, empty image") << 4 << 0 << 0u;
+    QTest::newRow("nothing held") << 2 << 0 << 1u;
+    QTest::newRow("one byte missing") << 2 << 4095 << 4096u;
+    QTest::newRow("one byte missing, of several packets") << 0 << 8192 << 8193u;
+    QTest::newRow("length of more bytes than a file has") << 3 << 4096 << 0x80000001u;
 }
 
-void TestDownloadAgentWrite::imageWithoutBytesGoesOutErased()
+// Erased flash in its place would be reported as a success.
+void TestDownloadAgentWrite::imageThatIsNotThereIsRefused()
 {
     QFETCH(int, index);
+    QFETCH(int, held);
     QFETCH(uint32_t, length);
-    QFETCH(QString, paddedLength);
-    QFETCH(QString, logged);
-    QFETCH(QByteArray, held);
-    QFETCH(QString, packet);
-    downloadfile.app_bin = held;
-    Link link(announcement(paddedLength).host(packet).chip("5A 96", 300));
+    const QByteArray field(held, '\x01');
+    downloadfile = {field, field, field, field};
+    Link link;
     _hdl_image_t record = image(length, static_cast<uint8_t>(index));
     QVERIFY(!link.worker.hdl_da_download(&record));
+    QCOMPARE(link.chip.sent(), QByteArray());
+    QCOMPARE(link.chip.lineEvents(), QStringList());
+    QCOMPARE(tests::logTexts(trace().lines()),
+             QStringList{"hdl_da_download fail, invalid parameter"});
+}
+
+// The packet count of an empty image wraps.
+void TestDownloadAgentWrite::emptyImageGoesOutErased()
+{
+    Link link(announcement("00 00 00 00").host("FF*4096").chip("5A 96", 300));
+    _hdl_image_t record = image(0);
+    QVERIFY(!link.worker.hdl_da_download(&record));
     QCOMPARE(link.chip.verdict(), QString());
-    QVERIFY(trace().lines().contains("hdl_da_download (gnss_demo.bin) " + logged));
+    QVERIFY(trace().lines().contains("hdl_da_download (gnss_demo.bin) packet 1/1048576 4096"));
 }
 
 void TestDownloadAgentWrite::imageFails_data()

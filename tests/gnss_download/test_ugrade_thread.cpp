@@ -5,19 +5,16 @@
 #include "tests/support/connectionlog.h"
 #include "tests/support/unittest.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QMetaMethod>
 #include <QPointer>
 #include <QSemaphore>
 #include <QSignalSpy>
 
-#include <atomic>
 #include <functional>
 #include <utility>
 #include <vector>
 
-using tests::Dialogue;
 using tests::Link;
 using tests::VirtualClock;
 
@@ -52,26 +49,11 @@ private slots:
     void workerIsDeletedWhileItsRunReturns();
     void workerDeletesItselfWhenItsPageIsGone();
     void openPortAndTimerEndWithTheWorker();
-    void interruptionEndsTheUnboundedResend();
-    void interruptionEndsTheWaitForABusyAgent();
-    void interruptionLeavesAHealthyUpdateAlone();
-    void endOfTheProcessWaitsForTheUpdate();
 };
 
 namespace {
 
 constexpr char kNoPort[] = "/dev/no-such-port";
-
-Dialogue goodDialogue()
-{
-    return Dialogue::read(tests::fixture("good_dialogue.txt"));
-}
-
-void fillPackage()
-{
-    downloadfile = {"\xB0", QByteArray(4096, '\x50'), QByteArray(4096, '\xA0') + '\xA1',
-                    "\xC0\xC1\xC2"};
-}
 
 file otherPackage()
 {
@@ -355,10 +337,10 @@ private:
 void TestUgradeThread::packageIsTakenByTheStart()
 {
     downloadfile = otherPackage();
-    Link link(goodDialogue());
+    Link link(tests::goodDialogue());
     Gate gate(&link.worker);
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
-    fillPackage();
+    tests::fillPackage();
     link.worker.start(QThread::TimeCriticalPriority);
     downloadfile = otherPackage();
     gate.open();
@@ -370,8 +352,8 @@ void TestUgradeThread::packageIsTakenByTheStart()
 // By the slot's name, or through a pointer to QThread.
 void TestUgradeThread::packageIsTakenByAStartOfAnyThreadToo()
 {
-    fillPackage();
-    Link link(goodDialogue());
+    tests::fillPackage();
+    Link link(tests::goodDialogue());
     QVERIFY(QMetaObject::invokeMethod(&link.worker, "start", Qt::DirectConnection));
     QTRY_VERIFY(!link.chip.sent().isEmpty());
     downloadfile = otherPackage();
@@ -381,8 +363,8 @@ void TestUgradeThread::packageIsTakenByAStartOfAnyThreadToo()
 
 void TestUgradeThread::secondStartLeavesThePackageAlone()
 {
-    fillPackage();
-    Link link(goodDialogue());
+    tests::fillPackage();
+    Link link(tests::goodDialogue());
     Gate gate(&link.worker);
     link.worker.start();
     downloadfile = otherPackage();
@@ -454,73 +436,6 @@ void TestUgradeThread::openPortAndTimerEndWithTheWorker()
         QMetaObject::invokeMethod(worker.transport(), "DefaultTimeUpdate",
                                   Qt::BlockingQueuedConnection);
     }
-}
-
-void TestUgradeThread::interruptionEndsTheUnboundedResend()
-{
-    fillPackage();
-    Link link(goodDialogue().before("bootloader.bin packet 1"));
-    link.chip.repeat(Dialogue().host("B0 FF*4095").chip("5A A5", 300).chip("00 00 00 07"));
-    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
-    link.worker.start();
-    const int enough = 44000 + 100 * 4096;
-    QTRY_VERIFY_WITH_TIMEOUT(link.chip.sent().size() > enough, 30000);
-    QVERIFY(link.worker.isRunning());
-    link.worker.requestInterruption();
-    QVERIFY(link.worker.wait(10000));
-    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", false}));
-    QVERIFY(link.chip.sent().endsWith(tests::bytesOf("A5 D9 00")));
-}
-
-void TestUgradeThread::interruptionEndsTheWaitForABusyAgent()
-{
-    fillPackage();
-    Link link(goodDialogue()
-                  .before("bootloader.bin packet 1")
-                  .host("B0 FF*4095")
-                  .chip("5A A5", 300)
-                  .chip("00 00 0B F9"));
-    link.chip.repeat(Dialogue().chip("E1"));
-    std::atomic<bool> asked{false};
-    connect(
-        &link.worker, &ugrade_thread::hdl_uart_get_data32, this,
-        [&](uint32_t *value) {
-            if (*value == 0x0BF9)
-                asked = true;
-        },
-        Qt::DirectConnection);
-    link.worker.start();
-    QTRY_VERIFY_WITH_TIMEOUT(asked, 30000);
-    link.worker.requestInterruption();
-    QVERIFY(link.worker.wait(10000));
-}
-
-void TestUgradeThread::interruptionLeavesAHealthyUpdateAlone()
-{
-    fillPackage();
-    Link link(goodDialogue());
-    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
-    link.worker.start();
-    link.worker.requestInterruption();
-    QVERIFY(link.worker.wait(30000));
-    QCOMPARE(link.chip.verdict(), QString());
-    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", true}));
-}
-
-void TestUgradeThread::endOfTheProcessWaitsForTheUpdate()
-{
-    fillPackage();
-    Link link(goodDialogue());
-    QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
-    QTimer::singleShot(0, this, [&link] {
-        link.worker.start();
-        QCoreApplication::quit();
-    });
-    QCoreApplication::exec();
-    QVERIFY(link.worker.isFinished());
-    QVERIFY(!transportThread(link.worker)->isRunning());
-    QCOMPARE(link.chip.verdict(), QString());
-    QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", true}));
 }
 
 TESTMODE_TEST_MAIN(TestUgradeThread)
