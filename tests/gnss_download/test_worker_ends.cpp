@@ -2,7 +2,7 @@
 #include "link.h"
 
 #include "gnss_download/serial_thread.h"
-#include "tests/support/unittest.h"
+#include "tests/support/clock/clockedtest.h"
 
 #include <QCoreApplication>
 #include <QSignalSpy>
@@ -31,7 +31,7 @@ int packetsIn(const QByteArray &sent)
 } // namespace
 
 // The process ends while a worker is at its update.
-class TestWorkerEnds : public tests::UnitTest
+class TestWorkerEnds : public tests::ClockedTest
 {
     Q_OBJECT
 
@@ -58,7 +58,7 @@ private:
 
 void TestWorkerEnds::init()
 {
-    UnitTest::init();
+    ClockedTest::init();
     fillPackage();
 }
 
@@ -199,12 +199,14 @@ void TestWorkerEnds::synchronisationIsGivenUp()
 {
     QFETCH(int, after);
     Link link;
-    link.chip.restMicroseconds = 200;
+    link.chip.takesTime = true;
     QSignalSpy results(&link.worker, &ugrade_thread::signals_success);
     link.worker.start();
     QVERIFY(!link.worker.wait(static_cast<unsigned long>(after)));
+    const int before = link.chip.sent().count('\xA0');
     link.worker.requestInterruption();
-    QVERIFY(link.worker.wait(2000));
+    QVERIFY(link.worker.wait());
+    QVERIFY(link.chip.sent().count('\xA0') <= before + 1);
     QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", false}));
     QVERIFY(link.chip.sent().endsWith(tests::bytesOf("A5 D9 00")));
 }
@@ -230,10 +232,8 @@ void TestWorkerEnds::silentReceiverIsGivenUp()
     auto worker = std::make_unique<ugrade_thread>(line.path());
     worker->start();
     QTRY_VERIFY(!line.quiet());
-    QElapsedTimer clock;
-    clock.start();
-    worker.reset();
-    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+    const qint64 took = millisecondsOf([&worker] { worker.reset(); });
+    QVERIFY2(took < 2000, qPrintable(QString::number(took)));
     QVERIFY(trace().lines().contains("hdl_connect fail"));
 }
 
@@ -245,10 +245,8 @@ void TestWorkerEnds::stoppedLineIsGivenUp()
     QTRY_VERIFY(!line.quiet());
     line.sendFlowControl(0x13);
     QTest::qWait(500); // it stands in a write
-    QElapsedTimer clock;
-    clock.start();
-    worker.reset();
-    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+    const qint64 took = millisecondsOf([&worker] { worker.reset(); });
+    QVERIFY2(took < 2000, qPrintable(QString::number(took)));
 }
 
 void TestWorkerEnds::idleTransportEndsWithTheWorker()
