@@ -2,6 +2,7 @@
 #include "tests/support/unittest.h"
 
 #include "framework/events.h"
+#include "lmplfctrl/lmplatformcontrol.h"
 #include "mem/settingscache.h"
 #include "pagehelpers.h"
 #include "usb/appledevtest.h"
@@ -15,6 +16,8 @@
 #include <QTextEdit>
 
 #include <memory>
+
+#include <dlfcn.h>
 
 using testmode::AppleDevTest;
 using tests::child;
@@ -39,6 +42,9 @@ const QStringList kNetworkWidgets{
     "s_udp_text",    "s_tcp_text",   "s_stop_text",  "c_udp50_text", "c_tcp_text",
     "c_udp100_text", "c_stop_text",  "usb_sw_text",  "ncm_sw_text",  "result_text"};
 
+// How often the service was asked for, over the whole process.
+int controlsAskedFor = 0;
+
 // Everything that is sent to the application object.
 class ApplicationEvents : public QObject
 {
@@ -61,6 +67,16 @@ protected:
 
 } // namespace
 
+// The program's own stands before the library's, which it asks in turn.
+lmplfctrl::LMPlatformControl *lmplfctrl::LMPlatformControl::GetInstance()
+{
+    ++controlsAskedFor;
+    using Ask = LMPlatformControl *(*)();
+    const auto ask = reinterpret_cast<Ask>(
+        ::dlsym(RTLD_NEXT, "_ZN9lmplfctrl17LMPlatformControl11GetInstanceEv"));
+    return ask();
+}
+
 // What the page is, its two faces, and the switches and modes of the USB port.
 class TestAppleDevTest : public tests::UnitTest
 {
@@ -74,6 +90,7 @@ private slots:
     void startsWithNcmOff();
     void resultView();
     void asksForItsManager();
+    void asksForItsControlOnceAProcess();
     void fitsTheScreen();
     void widgetsKeepTheirDistance_data();
     void widgetsKeepTheirDistance();
@@ -91,6 +108,8 @@ private slots:
     void speedSwitchWithoutItsFile();
     void chargingModes_data();
     void chargingModes();
+    void chargingModeShowsItselfAlone_data();
+    void chargingModeShowsItselfAlone();
     void certificationEndsInAFactoryReset_data();
     void certificationEndsInAFactoryReset();
     void deletionTellsTheFramework();
@@ -283,6 +302,13 @@ void TestAppleDevTest::asksForItsManager()
 {
     page = std::make_unique<AppleDevTest>(nullptr);
     QCOMPARE(bench::journal().texts(), QStringList{R"(LMUsbManager.create("2.12"))"});
+}
+
+void TestAppleDevTest::asksForItsControlOnceAProcess()
+{
+    for (int i = 0; i < 3; ++i)
+        open(9);
+    QCOMPARE(controlsAskedFor, 1);
 }
 
 void TestAppleDevTest::fitsTheScreen()
@@ -507,6 +533,25 @@ void TestAppleDevTest::chargingModes()
         QCOMPARE(checkedOf(kUsbWidgets.mid(3, 3)), QString(button));
     }
     QCOMPARE(checkedOf(kUsbWidgets.mid(0, 3)), QString("radioButton_usb_normal"));
+}
+
+void TestAppleDevTest::chargingModeShowsItselfAlone_data()
+{
+    QTest::addColumn<QByteArray>("slot");
+    for (const char *button : {"radioButton_cdp", "radioButton_dcp", "radioButton_sdp"})
+        QTest::newRow(button) << "on_" + QByteArray(button) + "_clicked";
+}
+
+// By the slot alone: no press has checked the button, or unchecked the others.
+void TestAppleDevTest::chargingModeShowsItselfAlone()
+{
+    QFETCH(QByteArray, slot);
+    open(13);
+    for (const char *before : {"radioButton_cdp", "radioButton_dcp", "radioButton_sdp"}) {
+        clickAt(*page, before);
+        QVERIFY(QMetaObject::invokeMethod(page.get(), slot.constData()));
+        QCOMPARE(checkedOf(kUsbWidgets.mid(3, 3)), QString(QTest::currentDataTag()));
+    }
 }
 
 void TestAppleDevTest::certificationEndsInAFactoryReset_data()

@@ -3,7 +3,9 @@
 #include "pagehelpers.h"
 #include "usb/appledevtest.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QScrollBar>
 #include <QTextEdit>
@@ -64,6 +66,7 @@ private slots:
     void reportEndsAt2000Bytes();
     void reportIsPlainText();
     void shorterReportLeavesNothingOfALongerOne();
+    void reportIsClosedAgain();
     void ncmOpensAfterItsFunction();
     void ncmClosesBeforeItsFunction();
     void ncmOnShowsTheClientSide();
@@ -206,13 +209,15 @@ void TestAppleNetworkTests::serverThatFailsStaysBusy()
     QFETCH(QString, operation);
     open("server");
     press("btn_s_udp");
-    networkTests().results[operation] = 1;
-    forget();
-    press(button);
-    QTEST(said(), "trace");
-    QVERIFY(isSaidBy(button));
-    QCOMPARE(result(), QString());
-    QVERIFY(isBusy());
+    for (const int failure : {1, -1}) {
+        networkTests().results[operation] = failure;
+        forget();
+        press(button);
+        QTEST(said(), "trace");
+        QVERIFY(isSaidBy(button));
+        QCOMPARE(result(), QString());
+        QVERIFY(isBusy());
+    }
 }
 
 void TestAppleNetworkTests::runShowsItsReport_data()
@@ -269,13 +274,15 @@ void TestAppleNetworkTests::runThatFailsStaysBusy()
     openFor(button);
     tests::writeFile(kReport, "report of another run\n");
     press(button);
-    networkTests().results[operation] = -1;
-    forget();
-    press(button);
-    QTEST(said(), "trace");
-    QVERIFY(isSaidBy(button));
-    QCOMPARE(result(), QString());
-    QVERIFY(isBusy());
+    for (const int failure : {1, -1}) {
+        networkTests().results[operation] = failure;
+        forget();
+        press(button);
+        QTEST(said(), "trace");
+        QVERIFY(isSaidBy(button));
+        QCOMPARE(result(), QString());
+        QVERIFY(isBusy());
+    }
 }
 
 void TestAppleNetworkTests::runWithoutReportStaysBusy_data()
@@ -368,6 +375,16 @@ void TestAppleNetworkTests::shorterReportLeavesNothingOfALongerOne()
     networkTests().log = QStringLiteral("short");
     press("btn_c_tcp");
     QCOMPARE(result(), QString("short"));
+}
+
+void TestAppleNetworkTests::reportIsClosedAgain()
+{
+    open("client");
+    press("btn_c_udp50");
+    for (const QFileInfo &descriptor :
+         QDir("/proc/self/fd")
+             .entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System))
+        QVERIFY(descriptor.symLinkTarget() != kReport);
 }
 
 void TestAppleNetworkTests::ncmOpensAfterItsFunction()
