@@ -2,6 +2,7 @@
 
 #include "pagehelpers.h"
 #include "recordedhardware.h"
+#include "ui_setupusbform.h"
 #include "usb/mode_usbtest.h"
 
 #include <QAbstractButton>
@@ -41,6 +42,7 @@ private slots:
     void widgetsKeepTheirDistance_data();
     void widgetsKeepTheirDistance();
     void imagesExist();
+    void formIsAsItIsKnown();
     void textsAreRedAndGreyWhenDisabled();
     void indicatorsAreTheTouchImages_data();
     void indicatorsAreTheTouchImages();
@@ -256,6 +258,24 @@ void TestSetupUsbTest::imagesExist()
         QVERIFY2(!QImage(image).isNull(), qPrintable(image));
     for (const char *name : {"writeBtn", "readBtn", "returnBtn", "uphyDecBtn", "uphyAddBtn"})
         QVERIFY2(!child<QPushButton>(*page, name)->icon().isNull(), name);
+    const QVector<QPair<const char *, const char *>> named = {
+        {"writeBtn", ":/images/02_btn_n.png"}, {"returnBtn", ":/images/05_prev_n.png"}};
+    for (const auto &[name, image] : named) {
+        const auto *button = child<QPushButton>(*page, name);
+        const QSize size = button->iconSize();
+        QCOMPARE(button->icon().pixmap(size).toImage(), QIcon(image).pixmap(size).toImage());
+    }
+}
+
+void TestSetupUsbTest::formIsAsItIsKnown()
+{
+    QWidget bare;
+    Ui_SetupUsbForm form;
+    form.setupUi(&bare);
+    QCOMPARE(bare.windowTitle(), QString("Form"));
+    QCOMPARE(bare.size(), QSize(800, 480));
+    QCOMPARE(form.horizontalLayout->spacing(), 0);
+    QCOMPARE(bare.layout(), form.horizontalLayout);
 }
 
 void TestSetupUsbTest::textsAreRedAndGreyWhenDisabled()

@@ -42,6 +42,7 @@ private slots:
     void disconnectWriteOpensTheWayFirst_data();
     void disconnectWriteOpensTheWayFirst();
     void steppedValueIsWritten();
+    void writeReadsTheWidgetsAnewInUphyModeToo();
 
 private:
     void open(int port = 0);
@@ -416,6 +417,23 @@ void TestSetupUsbValues::steppedValueIsWritten()
     QCOMPARE(calls().last(), QString(R"(registers.write("0x9c000000+0x190", "0x7f7f0040"))"));
     clickAt(*page, "readBtn");
     QCOMPARE(shownValue(), QString("0"));
+}
+
+// "Device Mode" chooses port 0 behind the mode that is being worked in.
+void TestSetupUsbValues::writeReadsTheWidgetsAnewInUphyModeToo()
+{
+    open(1);
+    hardware().words = {{0x9C000190, 0x00444546}, {0x9C004A9C, 0x3F}};
+    enterUphy("uphySwingBtn");
+    clickAt(*page, "deviceMode");
+    forget();
+    clickAt(*page, "writeBtn");
+    QCOMPARE(calls().last(), QString(R"(registers.write("0x9c000000+0x190", "0x7f7f4545"))"));
+
+    child<QRadioButton>(*page, "uphyDisconnectBtn")->setChecked(true); // without its click
+    forget();
+    clickAt(*page, "writeBtn");
+    QCOMPARE(calls().last(), QString(R"(registers.write("0x9c004000+0xa9c", "0x45"))"));
 }
 
 TESTMODE_TEST_MAIN(TestSetupUsbValues)
