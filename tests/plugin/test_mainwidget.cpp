@@ -140,6 +140,7 @@ private slots:
     void secondShowingReusesThePage_data();
     void secondShowingReusesThePage();
     void pageCodeIsThatOfThePageCreatedLast();
+    void pageThatIsBuiltAgainSetsItsCodeAgain();
     void usbTestAfterNcmKeepsTheCodeOfNcm();
     void ncmAfterUsbTestKeepsTheCodeOfUsbTest();
     void applePageSettingIsWrittenEveryTime();
@@ -306,6 +307,20 @@ void TestMainWidget::pageCodeIsThatOfThePageCreatedLast()
         host.windowKeyEvent(&key);
         QCOMPARE(trace().payloads().first(), QStringLiteral("key: 1 --testmode: 2"));
     }
+}
+
+void TestMainWidget::pageThatIsBuiltAgainSetsItsCodeAgain()
+{
+    MainWidget host(nullptr);
+    KeyEvent key(1);
+    host.onShowUSBEyesTestWidget();
+    QWidget *page = pageOf(host, kUsbEyes.name);
+    host.onShowMicTestWidget();
+    QVERIFY(QMetaObject::invokeMethod(page, "exitEqSig"));
+    host.onShowUSBEyesTestWidget();
+    trace().clear();
+    host.windowKeyEvent(&key);
+    QCOMPARE(trace().payloads().first(), QStringLiteral("key: 1 --testmode: 12"));
 }
 
 void TestMainWidget::usbTestAfterNcmKeepsTheCodeOfNcm()

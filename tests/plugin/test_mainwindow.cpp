@@ -25,6 +25,7 @@ private slots:
     void createBuildsThePageHostAndShowsTheMenu();
     void secondCreateKeepsThePageHostAndReturnsToTheMenu();
     void createAfterThePageHostWasDestroyedBuildsANewOne();
+    void everyCreateReturnsToTheMenuBeforeItsTrace();
     void createListensBeforeItHandsThePageHostOver();
     void createWritesATraceLine();
     void destroyAsksForADelayedDeletion();
@@ -109,6 +110,38 @@ void TestMainWindow::createAfterThePageHostWasDestroyedBuildsANewOne()
     QVERIFY(!host.isNull());
     QCOMPARE(journal().texts().filter("setMainWidget"),
              QStringList{"BaseWindow.setMainWidget(38)"});
+}
+
+// Also the first, though a new page host shows its menu by itself.
+void TestMainWindow::everyCreateReturnsToTheMenuBeforeItsTrace()
+{
+    struct ShowWatch : QObject
+    {
+        explicit ShowWatch(bench::TraceLog *traceLog) : log(traceLog) { }
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            if (event->type() == QEvent::ShowToParent)
+                tracedBefore << log->payloads().count("onCreate");
+            return false;
+        }
+        bench::TraceLog *log;
+        QList<int> tracedBefore;
+    } watch(&trace());
+    MainWindow window(nullptr);
+    QWidget *menu = nullptr;
+    QObject context;
+    connect(&bench::unit(), &bench::HeadUnit::mainWidgetChanged, &context, [&](QWidget *widget) {
+        menu = widget->findChild<QWidget *>("testEntryWidget");
+        menu->hide();
+        menu->installEventFilter(&watch);
+    });
+    window.onCreate();
+    QVERIFY(menu != nullptr);
+    QVERIFY(!menu->isHidden());
+    menu->hide();
+    window.onCreate();
+    QVERIFY(!menu->isHidden());
+    QCOMPARE(watch.tracedBefore, (QList<int>{0, 1}));
 }
 
 void TestMainWindow::createListensBeforeItHandsThePageHostOver()

@@ -4,6 +4,7 @@
 #include "framework/windowinterface.h"
 
 #include <QJsonObject>
+#include <QLibrary>
 #include <QPluginLoader>
 #include <QProcess>
 #include <QWidget>
@@ -18,6 +19,7 @@ private slots:
     void metadataIsWhatTheFrameworkLooksFor();
     void exportsTheTwoEntryPointsOnly();
     void loadsAndShowsItsWindow();
+    void entryPointKeepsItsPlugin();
     void entryPointReplacesADestroyedPlugin();
 };
 
@@ -94,6 +96,23 @@ void TestPluginModule::loadsAndShowsItsWindow()
     QVERIFY(window != nullptr);
     window->onCreate();
     QVERIFY(!content.isNull());
+}
+
+// Called as a loader calls it, not through Qt's, which keeps what it got.
+void TestPluginModule::entryPointKeepsItsPlugin()
+{
+    QLibrary module(PLUGIN_MODULE);
+    using EntryPoint = QObject *(*)();
+    const auto instance = reinterpret_cast<EntryPoint>(module.resolve("qt_plugin_instance"));
+    QVERIFY2(instance != nullptr, qPrintable(module.errorString()));
+    QPointer<QObject> first = instance();
+    QVERIFY(!first.isNull());
+    QCOMPARE(instance(), first.data());
+    delete first.data();
+    QPointer<QObject> second = instance();
+    QVERIFY(!second.isNull());
+    QCOMPARE(instance(), second.data());
+    delete second.data();
 }
 
 void TestPluginModule::entryPointReplacesADestroyedPlugin()

@@ -153,6 +153,11 @@ void TestTestEntryWidget::formIsAsItIsKnown()
     QCOMPARE(menu.geometry(), QRect(100, 100, 1000, 600));
     QCOMPARE(menu.findChildren<QPushButton *>().size(), 8);
     QCOMPARE(menu.findChildren<QLabel *>().size(), 8);
+
+    QWidget bare;
+    Ui_testEntryWidget form;
+    form.setupUi(&bare);
+    QCOMPARE(bare.size(), QSize(800, 480));
 }
 
 // The generated form declares its members in the order in which it creates them.
