@@ -25,6 +25,7 @@ private slots:
     void valuesInForceAreSelected();
     void fillingAgainDoesNotDouble();
     void okStoresTheChoices();
+    void storingHidesTheDialog();
     void cancelStoresNothing();
     void openingASecondTimeSelectsTheStoredValues();
     void comingBackIntoViewKeepsTheChoices();
@@ -66,15 +67,18 @@ void TestSerialSet::formIsAsLaidOut()
     SerialSet dialog(nullptr);
     QCOMPARE(dialog.windowTitle(), QString("Dialog"));
     QMap<QString, QString> boxBeside;
+    QMap<QString, QStringList> families;
     const QList<QLabel *> labels = dialog.findChildren<QLabel *>();
     for (QLabel *label : labels) {
-        const QString family = label->font().family();
-        QVERIFY2(family == "楷体" || family == "黑体", qPrintable(family));
+        families[label->font().family()] << label->text();
         for (QComboBox *beside : dialog.findChildren<QComboBox *>()) {
             if (beside->y() == label->y())
                 boxBeside[label->text()] = beside->objectName();
         }
     }
+    const QMap<QString, QStringList> wanted = {{"楷体", {"波特率：", "数据位：", "停止位："}},
+                                               {"黑体", {"校验类型：", "流控制："}}};
+    QCOMPARE(families, wanted);
     QCOMPARE(boxBeside,
              (QMap<QString, QString>{{"波特率：", "comboBaudRate"},
                                      {"数据位：", "comboDataBits"},
@@ -169,6 +173,16 @@ void TestSerialSet::okStoresTheChoices()
     QVERIFY(dialog.isHidden());
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QCOMPARE(trace().payloads(), QStringList({"\"460800\""}));
+}
+
+// By the slot alone, without the button box that accepts the dialog.
+void TestSerialSet::storingHidesTheDialog()
+{
+    SerialSet dialog(nullptr);
+    dialog.show();
+    QVERIFY(QMetaObject::invokeMethod(&dialog, "on_buttonBox_accepted"));
+    QVERIFY(dialog.isHidden());
+    QCOMPARE(dialog.result(), 0);
 }
 
 void TestSerialSet::cancelStoresNothing()
