@@ -6,6 +6,9 @@
 #include "plugin/mainwidget.h"
 #include "shownpage.h"
 
+#include <QCoreApplication>
+#include <QItemSelectionModel>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QTimer>
 
@@ -24,6 +27,7 @@ private slots:
     void captions_data();
     void captions();
     void listIsSetUp();
+    void dragLeavesTheViewsSelection();
     void listFollowsItsSignalToo();
     void showingHidesTheStatusBarAndAsksForTheVersion();
     void hidingBringsTheStatusBarBack();
@@ -116,6 +120,30 @@ void TestGpsTest::listIsSetUp()
     QCOMPARE(view->verticalScrollBar(), page.bar());
     QVERIFY(!page.bar()->testAttribute(Qt::WA_OpaquePaintEvent));
     QVERIFY(page.bar()->isHidden());
+}
+
+// What the scroller was given is the selection of the view itself.
+void TestGpsTest::dragLeavesTheViewsSelection()
+{
+    ShownPage page;
+    setSatellites(10);
+    emit page.initSatellitesList();
+    QListView *view = page.list();
+    QItemSelectionModel *selection = view->selectionModel();
+    const QModelIndex kept = view->model()->index(0, 0);
+    const QModelIndex touched = view->model()->index(1, 0);
+    selection->select(kept, QItemSelectionModel::ClearAndSelect);
+    const QPoint start(20, 100);
+    QTest::mousePress(view->viewport(), Qt::LeftButton, Qt::NoModifier, start);
+    selection->select(touched, QItemSelectionModel::ClearAndSelect);
+    // with the button held, which the library's own helper leaves out
+    QMouseEvent move(QEvent::MouseMove, start - QPoint(0, 60), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(view->viewport(), &move);
+    QTest::mouseRelease(view->viewport(), Qt::LeftButton, Qt::NoModifier, start - QPoint(0, 60));
+    // by its range: a satellite's line is not selectable, and would not be listed
+    QCOMPARE(selection->selection().size(), 1);
+    QCOMPARE(selection->selection().first().top(), 0);
 }
 
 void TestGpsTest::listFollowsItsSignalToo()
