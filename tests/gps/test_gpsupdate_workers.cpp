@@ -13,6 +13,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTextBlock>
 #include <QTextBrowser>
 
 #include <optional>
@@ -77,6 +78,7 @@ private slots:
     void olderCompletionSlotEndsTheWorker();
     void hiddenPageIsToldTheResult();
     void workerOutlivesItsPageAndGoesByItself();
+    void workerBesideOneWithoutItsPageDoesNoHarm();
     void workerStartedTwiceDoesNoHarm();
 
 private:
@@ -154,6 +156,8 @@ void TestGpsUpdateWorkers::startShowsThatAnUpdateRuns()
                                      "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}$");
     QCOMPARE(logLines(page).size(), 1);
     QVERIFY2(started.match(logLines(page).first()).hasMatch(), qPrintable(logLines(page).first()));
+    const QTextBlock line = part<QTextBrowser>(page, "textBrowser")->document()->firstBlock();
+    QCOMPARE(line.begin().fragment().charFormat().fontPointSize(), 12.0);
     const QStringList lines = trace().lines();
     QVERIFY(lines.first().contains("void testmode::gpsupdate::on_pushButton_3_clicked() "));
     QVERIFY(QRegularExpression("-- mian: 0x[0-9a-f]+$").match(lines.first()).hasMatch());
@@ -302,9 +306,12 @@ void TestGpsUpdateWorkers::earlierReportStopsTheWorker()
 {
     const RefusingChip chip;
     gpsupdate page;
+    const tests::ConnectionLog connections;
     pressStart(page);
     QTRY_VERIFY(!chip.received().isEmpty());
+    QVERIFY(connections.sender<ugrade_thread>() != nullptr);
     page.show_result("/dev/ttyS4", true);
+    QVERIFY(connections.sender<ugrade_thread>() == nullptr); // at once
     QTRY_COMPARE(VirtualClock::threads(), kTestAndChip);
     QVERIFY(startEnabled(page));
     pressStart(page);
@@ -315,10 +322,13 @@ void TestGpsUpdateWorkers::olderCompletionSlotEndsTheWorker()
 {
     const RefusingChip chip;
     gpsupdate page;
+    const tests::ConnectionLog connections;
     pressStart(page);
     page.thend("done", "/dev/ttyS7"); // not this one
     QVERIFY(!startEnabled(page));
+    QVERIFY(connections.sender<ugrade_thread>() != nullptr);
     page.thend("done", "/dev/ttyS4");
+    QVERIFY(connections.sender<ugrade_thread>() == nullptr); // at once
     QVERIFY(startEnabled(page));
     QCOMPARE(part<QProgressBar>(page, "progressBar")->value(), 100);
     QTRY_COMPARE(VirtualClock::threads(), kTestAndChip);
@@ -347,6 +357,29 @@ void TestGpsUpdateWorkers::workerOutlivesItsPageAndGoesByItself()
     QTRY_VERIFY_WITH_TIMEOUT(chip.received().endsWith(QByteArray("\xa5\xd9\0", 3)),
                              kUpdateMilliseconds); // not cut short
     QTRY_COMPARE_WITH_TIMEOUT(VirtualClock::threads(), kTestAndChip, kUpdateMilliseconds);
+}
+
+// The window was closed and opened again while an update runs, and "开始" is there to press.
+void TestGpsUpdateWorkers::workerBesideOneWithoutItsPageDoesNoHarm()
+{
+    const RefusingChip chip;
+    auto *gone = new gpsupdate;
+    pressStart(*gone);
+    QTRY_VERIFY(!chip.received().isEmpty());
+    delete gone;
+
+    gpsupdate page;
+    boxes().expect("错误", "打开串口失败"); // it finds the port taken
+    pressStart(page);
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QCOMPARE(logLines(page).size(), 2); // nothing of the other's
+    QVERIFY(logLines(page).last().startsWith("/dev/ttyS4: failed "));
+    QTRY_COMPARE_WITH_TIMEOUT(VirtualClock::threads(), kTestAndChip, kUpdateMilliseconds);
+    QCOMPARE(chip.received().count(QByteArray("\xa5\xd9\0", 3)), 1); // the other's, undisturbed
+
+    pressStart(page);
+    QTRY_VERIFY_WITH_TIMEOUT(startEnabled(page), kUpdateMilliseconds);
+    QVERIFY(logLines(page).filter("reset succed").size() == 1);
 }
 
 void TestGpsUpdateWorkers::workerStartedTwiceDoesNoHarm()
