@@ -1,0 +1,21 @@
+# Every source file of the plug-in includes the header with the trace and its two functions.
+# cmake -DSOURCE_DIR=... -P common_header.cmake
+
+set(without "")
+set(count 0)
+foreach(folder plugin gnss_download gps usb tools)
+  file(GLOB sources ${SOURCE_DIR}/${folder}/*.cpp)
+  foreach(source IN LISTS sources)
+    math(EXPR count "${count} + 1")
+    file(STRINGS ${source} included REGEX "^#include \"(tools/)?debugtrace\\.h\"$")
+    if(NOT included)
+      list(APPEND without ${source})
+    endif()
+  endforeach()
+endforeach()
+if(count EQUAL 0)
+  message(FATAL_ERROR "no sources in ${SOURCE_DIR}")
+endif()
+if(without)
+  message(FATAL_ERROR "without the common header: ${without}")
+endif()
