@@ -24,7 +24,7 @@ const char *colourOf(const QString &kind, const Event &event)
     if (kind == QLatin1String("result"))
         return event.value("ok").toBool() ? kGreen : kRed;
     const bool notable = kind == QLatin1String("message") || kind == QLatin1String("refused")
-        || kind == QLatin1String("stop");
+        || kind == QLatin1String("stop") || kind == QLatin1String("operator");
     return notable ? kYellow : nullptr;
 }
 

@@ -121,6 +121,7 @@ bool FlashRun::awaitEnd()
     for (;;) {
         const bool ended = waitFor(kStart, QStringLiteral("enabled"), true, kLookMilliseconds);
         readTrace();
+        reportWhatWasTold();
         answerBoxes();
         if (ended)
             return true;
@@ -179,6 +180,23 @@ void FlashRun::report(Event event)
         addRate(&event);
     event.insert(QStringLiteral("ms"), clock.elapsed());
     sink(event);
+}
+
+void FlashRun::tell(const Event &event)
+{
+    const QMutexLocker lock(&telling);
+    told.append(event);
+}
+
+void FlashRun::reportWhatWasTold()
+{
+    QVector<Event> events;
+    {
+        const QMutexLocker lock(&telling);
+        events.swap(told);
+    }
+    for (const Event &event : qAsConst(events))
+        report(event);
 }
 
 void FlashRun::addRate(Event *progress)

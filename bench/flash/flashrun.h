@@ -7,7 +7,9 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMutex>
 #include <QThread>
+#include <QVector>
 
 #include <atomic>
 
@@ -34,6 +36,9 @@ public:
     // After the end of the thread.
     bool succeeded() const { return good; }
 
+    // Has an event told that comes from elsewhere. Any thread.
+    void tell(const Event &event);
+
     // An update that is writing is brought to its end, another is left; no further attempt
     // begins. The thread ends soon after. Any thread.
     void askToStop() { stopping = true; }
@@ -52,6 +57,7 @@ private:
     bool flashIsEqual();
 
     void report(Event event);
+    void reportWhatWasTold();
     void addRate(Event *progress);
     void readTrace();
     bool answerBoxes();
@@ -74,6 +80,9 @@ private:
     int attempts = 0;
     qint64 writingSince = -1; // milliseconds of the clock
     bool good = false;
+
+    QMutex telling;
+    QVector<Event> told;
 
     std::atomic<bool> stopping{false};
     bool stopTold = false;

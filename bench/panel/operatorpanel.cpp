@@ -41,7 +41,7 @@ OperatorPanel::OperatorPanel(const Bench &parts, QWidget *parent) : QWidget(pare
 
     auto *column = new QVBoxLayout(this);
     column->addWidget(keys());
-    column->addWidget(new ReceiverView(bench.receiver));
+    column->addWidget(new ReceiverView(bench.receiver, bench.resetPrompt));
     column->addWidget(gnss());
     column->addWidget(disks());
     column->addWidget(picture);

@@ -1,6 +1,7 @@
 #include "receiverview.h"
 
 #include "bench/receiver/receiver.h"
+#include "bench/serial/resetprompt.h"
 #include "bench/unit/headunit.h"
 
 #include <QFormLayout>
@@ -23,7 +24,7 @@ QLabel *row(QFormLayout *form, const char *title, const char *name)
 
 } // namespace
 
-ReceiverView::ReceiverView(Receiver *simulated, QWidget *parent)
+ReceiverView::ReceiverView(Receiver *simulated, ResetPrompt *prompt, QWidget *parent)
     : QGroupBox(QStringLiteral("Receiver"), parent), receiver(simulated)
 {
     auto *form = new QFormLayout(this);
@@ -32,9 +33,14 @@ ReceiverView::ReceiverView(Receiver *simulated, QWidget *parent)
     traffic = row(form, "Traffic", "panel_receiver_traffic");
     counts = row(form, "Counts", "panel_receiver_counts");
     reset = row(form, "Reset line", "panel_receiver_reset");
-    connect(&unit(), &HeadUnit::gnssResetChanged, this, [this](bool asserted) {
-        reset->setText(asserted ? QStringLiteral("asserted") : QStringLiteral("released"));
-    });
+    if (prompt != nullptr) {
+        reset->setWordWrap(true);
+        connect(prompt, &ResetPrompt::told, reset, &QLabel::setText);
+    } else {
+        connect(&unit(), &HeadUnit::gnssResetChanged, this, [this](bool asserted) {
+            reset->setText(asserted ? QStringLiteral("asserted") : QStringLiteral("released"));
+        });
+    }
     if (receiver == nullptr) {
         phase->setText(QStringLiteral("a real device"));
         return;

@@ -8,6 +8,7 @@ class QLabel;
 namespace bench {
 
 class Receiver;
+class ResetPrompt;
 
 // Where the simulated receiver stands. Looks twice a second while bytes pass, and rests
 // while the line does. GUI thread.
@@ -17,7 +18,9 @@ class ReceiverView : public QGroupBox
 
 public:
     // `receiver` outlives the view; null while a real one stands in its place.
-    explicit ReceiverView(Receiver *receiver, QWidget *parent = nullptr);
+    // `prompt` asks for the reset of one that is reset by hand, and outlives the view too.
+    explicit ReceiverView(Receiver *receiver, ResetPrompt *prompt = nullptr,
+                          QWidget *parent = nullptr);
 
 private:
     void wake();

@@ -1,5 +1,7 @@
 #include "commandline.h"
 
+#include "bench/serial/resetwiring.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -37,6 +39,12 @@ const Option kOptions[] = {
      "a real serial device in place of the simulated receiver;\n"
      "with --flash again for each that is to be updated beside it",
      [](CommandLine *o) { return &o->uarts; }},
+    {"reset", "LINE", [](CommandLine *o) { return &o->reset; }, nullptr,
+     "the line that the receiver's reset hangs on: rts or dtr of --uart,\n"
+     "or gpio:CHIP:LINE; '!' before it: reset while it is low; default:\n"
+     "it is pulled by hand, when told"},
+    {"stand-ins", nullptr, nullptr, [](CommandLine *o) { return &o->standIns; },
+     "the receiver of --uart is simulated: it takes the stand-in agents"},
     {"attempts", "N", [](CommandLine *o) { return &o->attempts; }, nullptr,
      "with --flash: try N times at most, each from the reset; default: 1"},
     {"format", "FORMAT", [](CommandLine *o) { return &o->format; }, nullptr,
@@ -70,6 +78,14 @@ std::string contradiction(const CommandLine &options)
     if (!options.flash
         && (!options.log.empty() || !options.format.empty() || !options.attempts.empty()))
         return "--attempts, --format and --log need --flash";
+    if (options.uarts.empty() && (!options.reset.empty() || options.standIns))
+        return "--reset and --stand-ins need --uart";
+    const std::optional<ResetWiring> wiring = parseResetWiring(options.reset);
+    if (!options.reset.empty() && !wiring)
+        return "--reset is " + options.reset
+            + "; wanted is rts, dtr or gpio:CHIP:LINE, or one of them after '!'";
+    if (wiring && !wiring->isModemLine() && options.uarts.size() > 1)
+        return "--reset names one GPIO line for several receivers; name one --uart";
     if (options.uarts.size() > 1 && !options.flash)
         return "--uart is given twice; only --flash takes several";
     if (options.uarts.size() > 1 && !options.monitor.empty())

@@ -15,10 +15,12 @@ struct CommandLine
     std::string unit;    // file with the simulated unit's state
     std::string plugin;
     std::string pictures;           // folder for the panel's screenshots
+    std::string reset;              // line that the real receiver's reset hangs on
     std::string log;                // of --flash: file that takes the trace
     std::string format;             // of --flash: "text" or "json"
     std::string attempts;           // of --flash: how often at most an update is tried
     std::vector<std::string> uarts; // real serial devices in place of the simulated receiver
+    bool standIns = false;          // the real receiver is a simulated one after all
     bool flash = false;             // update the receiver, then end
     bool fullSpeed = false;         // the receiver answers without keeping to the line rate
     bool trace = false;             // the plug-in's trace goes to standard error

@@ -1,5 +1,7 @@
 #include "preparation.h"
 
+#include "bench/serial/agents.h"
+#include "bench/serial/resetline.h"
 #include "bench/serial/serialdevice.h"
 
 #include <cerrno>
@@ -160,6 +162,38 @@ std::string package(const std::string &path)
     return trouble;
 }
 
+// A receiver that may be a real one is not asked to run text.
+std::string agentsFor(const std::string &uart, const CommandLine &options)
+{
+    if (options.standIns || isPseudoTerminal(uart))
+        return std::string();
+    std::string files;
+    for (const std::string &file : standInsOf(options.plugin))
+        files += (files.empty() ? "" : ", ") + file;
+    return files.empty() ? files
+                         : about("uart", uart)
+            + ": the plug-in carries stand-ins for the receiver's agents (" + files
+            + "), which no real one runs; build with the vendor's (script/run --agents DIR), or "
+              "say --stand-ins if the receiver is a simulated one";
+}
+
+// The port, what is to be loaded through it, and the reset line, which the program inside inherits.
+std::string realReceiver(const CommandLine &options)
+{
+    std::string trouble = claimSerialDevice(options.uart());
+    if (!trouble.empty())
+        return "--uart: " + trouble;
+    trouble = agentsFor(options.uart(), options);
+    const std::optional<ResetWiring> wiring = parseResetWiring(options.reset);
+    if (!trouble.empty() || !wiring)
+        return trouble;
+    const std::unique_ptr<ResetLine> line = ResetLine::open(*wiring, options.uart(), &trouble);
+    if (!line)
+        return "--reset " + options.reset + ": " + trouble;
+    line->bequeath();
+    return std::string();
+}
+
 void fillInDefaults(CommandLine *options)
 {
     const std::string prefix = installationPrefix();
@@ -188,11 +222,8 @@ std::string checkInputs(const CommandLine &options)
     }
     if (trouble.empty() && !options.unit.empty())
         trouble = readableFile("unit", options.unit, "name a file with the unit's state");
-    if (trouble.empty() && !options.uarts.empty()) {
-        trouble = claimSerialDevice(options.uart());
-        if (!trouble.empty())
-            trouble = "--uart: " + trouble;
-    }
+    if (trouble.empty() && !options.uarts.empty())
+        trouble = realReceiver(options);
     if (trouble.empty() && !options.monitor.empty())
         trouble = socketPath(options.monitor);
     if (trouble.empty() && !options.tour.empty())

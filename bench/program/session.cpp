@@ -11,6 +11,8 @@
 #include "bench/panel/operatorwindow.h"
 #include "bench/root/exitstatus.h"
 #include "bench/root/privateroot.h"
+#include "bench/serial/resetline.h"
+#include "bench/serial/resetprompt.h"
 #include "bench/tour/tour.h"
 #include "bench/unit/headunit.h"
 #include "bench/unit/unitpaths.h"
@@ -64,11 +66,8 @@ int Session::run()
 
 int Session::attachReceiver()
 {
-    if (!options.uarts.empty()) {
-        remark("--uart: the bench cannot drive the reset line of a real receiver; reset it by "
-               "hand when the update begins");
-        return kDone;
-    }
+    if (!options.uarts.empty())
+        return attachResetLine();
     ReceiverSettings settings = receiver.settings();
     settings.keepLineRate = !options.fullSpeed;
     receiver.setSettings(settings);
@@ -81,6 +80,44 @@ int Session::attachReceiver()
     connect(&unit(), &HeadUnit::gnssResetChanged, &receiver, &Receiver::setReset,
             Qt::DirectConnection);
     return kDone;
+}
+
+// Opened before the plug-in opens the port. Direct: see above.
+int Session::attachResetLine()
+{
+    if (options.reset.empty()) {
+        askForReset();
+        return kDone;
+    }
+    resetLine = ResetLine::inherited(*parseResetWiring(options.reset), kUart.toStdString());
+    if (!resetLine)
+        return complain("--reset " + options.reset + ": the line was not handed on", kFault);
+    connect(
+        &unit(), &HeadUnit::gnssResetChanged, this,
+        [this](bool asserted) {
+            if (!resetLine->set(asserted))
+                remark("--reset " + options.reset
+                       + ": the line is not there any more; see to "
+                         "the adapter");
+        },
+        Qt::DirectConnection);
+    return kDone;
+}
+
+// Nothing drives the line of a receiver that is not ours, so a person does, when told.
+void Session::askForReset()
+{
+    resetPrompt = std::make_unique<ResetPrompt>();
+    connect(&unit(), &HeadUnit::gnssResetChanged, resetPrompt.get(), &ResetPrompt::follow);
+    connect(resetPrompt.get(), &ResetPrompt::told, this, &Session::tellOperator);
+}
+
+void Session::tellOperator(const QString &text)
+{
+    if (flash)
+        flash->tell({{"kind", "operator"}, {"text", text}});
+    else
+        remark(text.toStdString());
 }
 
 int Session::loadPlugin()
@@ -96,7 +133,7 @@ int Session::loadUnitState()
 {
     const bool simulated = options.uarts.empty();
     parts = {&host, simulated ? &receiver : nullptr, &trace,
-             QString::fromStdString(options.pictures)};
+             QString::fromStdString(options.pictures), resetPrompt.get()};
     dispatcher = makeDispatcher(parts, &document);
     connect(dispatcher.get(), &Dispatcher::quitRequested, this, &Session::end,
             Qt::QueuedConnection);

@@ -20,6 +20,8 @@ namespace bench {
 class FlashRun;
 class OperatorWindow;
 class Report;
+class ResetLine;
+class ResetPrompt;
 class Tour;
 
 // One run of the bench inside the private root: switches the unit on with what the
@@ -43,6 +45,9 @@ private:
     int loadUnitState();
     int listen();
 
+    int attachResetLine();
+    void askForReset();
+    void tellOperator(const QString &text);
     void attachNamedFolders();
     void showScreen();
     void startTour();
@@ -61,6 +66,8 @@ private:
     std::unique_ptr<Tour> tour;
     std::unique_ptr<Report> report; // of the flash
     std::unique_ptr<FlashRun> flash;
+    std::unique_ptr<ResetLine> resetLine;     // of a real receiver
+    std::unique_ptr<ResetPrompt> resetPrompt; // where no line drives it
     std::unique_ptr<OperatorWindow> operatorWindow;
     QSocketNotifier stopRequests;
 };

@@ -8,11 +8,18 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace bench {
 
 namespace {
+
+// The kernel's fixed numbers for pseudo-terminals (its list of devices), the last for the old kind.
+constexpr unsigned kFirstMajor = 136;
+constexpr unsigned kLastMajor = 143;
+constexpr unsigned kOldMajor = 3;
 
 constexpr char kBusy[] = " is in use by another program; end that one";
 
@@ -65,6 +72,15 @@ std::string claimSerialDevice(const std::string &path)
     if (!trouble.empty())
         ::close(device);
     return trouble; // an open device stays open: the lock ends with it
+}
+
+bool isPseudoTerminal(const std::string &path)
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISCHR(status.st_mode))
+        return false;
+    const unsigned number = major(status.st_rdev);
+    return number == kOldMajor || (number >= kFirstMajor && number <= kLastMajor);
 }
 
 } // namespace bench

@@ -8,4 +8,7 @@ namespace bench {
 // that asks drives it meanwhile. Empty if that works, else what is in the way and the cure.
 std::string claimSerialDevice(const std::string &path);
 
+// Whether the terminal is the host's side of a pseudo-terminal: behind it is a program.
+bool isPseudoTerminal(const std::string &path);
+
 } // namespace bench

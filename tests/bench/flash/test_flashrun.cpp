@@ -168,6 +168,9 @@ void TestFlashRun::wrongWordsAreOneLineAndAStatus_data()
     QTest::newRow("the same twice")
         << QStringList{"--flash", "--uart", "/dev/a", "--uart", "/dev/a"} << 2
         << "--uart names /dev/a twice; name each device once";
+    QTest::newRow("several on one reset line")
+        << QStringList{"--flash", "--uart", "/dev/a", "--uart", "/dev/b", "--reset", "gpio:0:3"}
+        << 2 << "--reset names one GPIO line for several receivers; name one --uart";
     QTest::newRow("several on one socket")
         << QStringList{"--flash", "--monitor", "%1/socket", "--uart", "/dev/a", "--uart", "/dev/b"}
         << 2 << "--monitor is for one bench; name one --uart";

@@ -6,6 +6,7 @@
 #include "bench/panel/operatorwindow.h"
 #include "bench/panel/receiverview.h"
 #include "bench/receiver/receiver.h"
+#include "bench/serial/resetprompt.h"
 #include "gpsservice/gpsservice.h"
 
 #include <QCheckBox>
@@ -38,6 +39,7 @@ private slots:
     void journalGrowsOnScreen();
     void receiverIsShownWhereItStands();
     void realReceiverIsSaidToBeOne();
+    void resetByHandIsAskedFor();
 
 private:
     template <typename Widget>
@@ -216,6 +218,17 @@ void TestOperatorPanel::realReceiverIsSaidToBeOne()
 {
     const bench::ReceiverView view(nullptr);
     QCOMPARE(view.findChild<QLabel *>("panel_receiver_phase")->text(), QString("a real device"));
+}
+
+void TestOperatorPanel::resetByHandIsAskedFor()
+{
+    bench::ResetPrompt prompt;
+    const bench::ReceiverView view(nullptr, &prompt);
+    const auto *reset = view.findChild<QLabel *>("panel_receiver_reset");
+    emit prompt.told("pull it");
+    QCOMPARE(reset->text(), QString("pull it"));
+    bench::unit().setGnssReset(true); // what the unit does is not what the hand does
+    QCOMPARE(reset->text(), QString("pull it"));
 }
 
 TESTMODE_TEST_MAIN(TestOperatorPanel)

@@ -140,6 +140,11 @@ private slots:
     void busyDeviceIsRefused();
     void deviceIsTheUnitsUart();
     void deviceIsHeldWhileTheBenchRuns();
+    void operatorIsAskedForTheReset();
+    void resetLineIsDriven();
+    void resetLineNeedsModemLines();
+    void standInsAreRefusedOnARealPort();
+    void standInsMayBeAskedFor();
     void withoutDisplayItSaysWhatToDo();
     void displayThatCannotBeOpenedIsOneLine();
     void refusedRootIsOneLine_data();
@@ -159,6 +164,12 @@ private:
 
     // A bench that has its window on the screen; its socket lies in the test's folder.
     void startShown(QProcess *process, const QString &program, const QStringList &words);
+
+    // The pseudo-terminal is an adapter's port to the bench; its modem lines go to path("modem").
+    QProcessEnvironment withRealPort(const QString &terminal) const;
+
+    // The update page's own button for the reset line.
+    void pressReset() const;
 
     // The result of one call of the monitor.
     QJsonObject ask(const QString &method, const QJsonObject &parameters) const;
@@ -215,16 +226,35 @@ QJsonObject TestCommandLine::ask(const QString &method, const QJsonObject &param
     return QJsonObject();
 }
 
+QProcessEnvironment TestCommandLine::withRealPort(const QString &terminal) const
+{
+    QProcessEnvironment environment = withoutDisplay();
+    environment.insert("LD_PRELOAD", TESTMODE_REAL_PORT);
+    environment.insert("REAL_PORT", terminal);
+    environment.insert("REAL_PORT_LOG", path("modem"));
+    // A sanitizer's library wants to be the first.
+    environment.insert("ASAN_OPTIONS", "verify_asan_link_order=0");
+    return environment;
+}
+
+void TestCommandLine::pressReset() const
+{
+    ask("unit.set", {{"path", "gnss.module_kind"}, {"value", 1}});
+    ask("ui.click", {{"object", "key_gps_update"}});
+    ask("ui.click", {{"object", "btn_reset"}});
+}
+
 void TestCommandLine::helpNamesEveryOption()
 {
     const Outcome outcome = run({"--help"});
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.errors, QByteArray());
     for (const char *word :
-         {"--tour DIR", "--monitor SOCKET", "--package DIR", "--usb0 DIR", "--usb1 DIR", "--flash",
-          "--uart DEVICE", "--attempts N", "--format FORMAT", "--log FILE", "--unit FILE",
-          "--plugin FILE", "--pictures DIR", "--full-speed", "--trace", "--help", "--version",
-          "Examples:", "Exit status:"})
+         {"--tour DIR",      "--monitor SOCKET", "--package DIR", "--usb0 DIR",    "--usb1 DIR",
+          "--flash",         "--uart DEVICE",    "--reset LINE",  "--stand-ins",   "--attempts N",
+          "--format FORMAT", "--log FILE",       "--unit FILE",   "--plugin FILE", "--pictures DIR",
+          "--full-speed",    "--trace",          "--help",        "--version",     "Examples:",
+          "Exit status:"})
         QVERIFY2(outcome.output.contains(word), word);
 }
 
@@ -268,6 +298,13 @@ void TestCommandLine::badInputIsOneLineAndAStatus_data()
     QTest::newRow("word of no option")
         << QStringList{"pictures"} << 2
         << "pictures belongs to no option; --help lists what there is";
+    QTest::newRow("reset by no line")
+        << QStringList{"--uart", "/dev/ttyS0", "--reset", "cts"} << 2
+        << "--reset is cts; wanted is rts, dtr or gpio:CHIP:LINE, or one of them after '!'";
+    QTest::newRow("reset of the simulated receiver")
+        << QStringList{"--reset", "rts"} << 2 << "--reset and --stand-ins need --uart";
+    QTest::newRow("stand-ins of the simulated receiver")
+        << QStringList{"--stand-ins"} << 2 << "--reset and --stand-ins need --uart";
     QTest::newRow("package not there")
         << QStringList{"--package", "%1/none"} << 3
         << "--package: %1/none is no folder; name a folder with an update package";
@@ -415,14 +452,90 @@ void TestCommandLine::deviceIsHeldWhileTheBenchRuns()
     const Terminal terminal;
     QProcess process;
     startShown(&process, kBench, {"--uart", terminal.path});
-    QVERIFY2(said.contains("testmode-bench: --uart: the bench cannot drive the reset line of a "
-                           "real receiver; reset it by hand when the update begins\n"),
-             said.constData());
-    QCOMPARE(said.count("--uart"), 1);
     QCOMPARE(::flock(terminal.slave, LOCK_EX | LOCK_NB), -1);
     process.terminate();
     QVERIFY(process.waitForFinished());
     QCOMPARE(::flock(terminal.slave, LOCK_EX | LOCK_NB), 0);
+}
+
+void TestCommandLine::operatorIsAskedForTheReset()
+{
+    const Terminal terminal;
+    QProcess process;
+    startShown(&process, kBench, {"--uart", terminal.path});
+    pressReset();
+    said.clear();
+    const auto asked = [&] {
+        said += process.readAllStandardError();
+        const int first =
+            said.indexOf("testmode-bench: pull the receiver's reset line now, and hold it\n");
+        const int second =
+            said.indexOf("testmode-bench: let go of the receiver's reset line now\n");
+        return first >= 0 && second > first;
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(asked(), said.constData(), 15000);
+    QCOMPARE(said.count("testmode-bench: "), 2);
+    process.terminate();
+    QVERIFY(process.waitForFinished());
+}
+
+void TestCommandLine::resetLineIsDriven()
+{
+    const Terminal terminal;
+    QProcess process;
+    process.setProcessEnvironment(withRealPort(terminal.path));
+    startShown(&process, kBench, {"--uart", terminal.path, "--reset", "rts", "--stand-ins"});
+    QCOMPARE(contentOf(path("modem")), QByteArray("RTS cleared\n"));
+    pressReset();
+    QCOMPARE(contentOf(path("modem")), QByteArray("RTS cleared\nRTS set\nRTS cleared\n"));
+    said += process.readAllStandardError();
+    QVERIFY2(!said.contains("testmode-bench: "), said.constData());
+
+    // opened by the plug-in or by anybody, the port has its line where it was
+    const int other = ::open(qPrintable(terminal.path), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    QVERIFY(other >= 0);
+    QTRY_COMPARE(contentOf(path("modem")),
+                 QByteArray("RTS cleared\nRTS set\nRTS cleared\nRTS cleared\n"));
+    ::close(other);
+    process.terminate();
+    QVERIFY(process.waitForFinished());
+}
+
+void TestCommandLine::resetLineNeedsModemLines()
+{
+    const Terminal terminal;
+    const Outcome outcome =
+        run({"--tour", path("tour"), "--uart", terminal.path, "--reset", "!dtr"});
+    QCOMPARE(outcome.status, 3);
+    QCOMPARE(QString::fromUtf8(outcome.errors),
+             QString("testmode-bench: --reset !dtr: %1 has no modem lines, so no DTR; name a GPIO "
+                     "line (gpio:CHIP:LINE), or leave --reset out and pull the line by hand\n")
+                 .arg(terminal.path));
+}
+
+void TestCommandLine::standInsAreRefusedOnARealPort()
+{
+    const Terminal terminal;
+    const Outcome outcome =
+        run({"--tour", path("tour"), "--uart", terminal.path}, withRealPort(terminal.path));
+    QCOMPARE(outcome.status, 3);
+    QCOMPARE(QString::fromUtf8(outcome.errors),
+             QString("testmode-bench: --uart: %1: the plug-in carries stand-ins for the receiver's "
+                     "agents (da_array.bin, da_array1.bin, slave_da_array.bin), which no real one "
+                     "runs; build with the vendor's (script/run --agents DIR), or say --stand-ins "
+                     "if the receiver is a simulated one\n")
+                 .arg(terminal.path));
+}
+
+void TestCommandLine::standInsMayBeAskedFor()
+{
+    const Terminal terminal;
+    QProcess process;
+    process.setProcessEnvironment(withRealPort(terminal.path));
+    startShown(&process, kBench, {"--uart", terminal.path, "--stand-ins"});
+    process.terminate();
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
 }
 
 void TestCommandLine::withoutDisplayItSaysWhatToDo()

@@ -28,6 +28,7 @@ private slots:
     void lockFileOfALivingProcessCounts();
     void lockFileOfADeadProcessDoesNot();
     void deniedDeviceNamesTheCure();
+    void pseudoTerminalsAreTold();
 
 private:
     QString busy() const { return path + " is in use by another program; end that one"; }
@@ -129,6 +130,15 @@ void TestSerialDevice::deniedDeviceNamesTheCure()
     QCOMPARE(::fchmod(slave, 0), 0);
     QCOMPARE(claimAs(::geteuid() == 0 ? kNobody : ::geteuid()),
              path + " may not be opened; join the device's group (often dialout)");
+}
+
+void TestSerialDevice::pseudoTerminalsAreTold()
+{
+    QVERIFY(bench::isPseudoTerminal(path.toStdString()));
+    QVERIFY(!bench::isPseudoTerminal("/dev/null"));
+    QVERIFY(!bench::isPseudoTerminal("/dev/ptmx"));
+    QVERIFY(!bench::isPseudoTerminal("/dev/nothing"));
+    QVERIFY(!bench::isPseudoTerminal("/proc/self/exe"));
 }
 
 TESTMODE_TEST_MAIN(TestSerialDevice)
