@@ -15,6 +15,11 @@ struct Link
 {
     Link()
     {
+        // As the page does, and so that a recorder can show them.
+        qRegisterMetaType<uint8_t>("uint8_t");
+        qRegisterMetaType<uint16_t>("uint16_t");
+        qRegisterMetaType<uint32_t>("uint32_t");
+        qRegisterMetaType<uint32_t>("hal_uart_baudrate_t");
         com_set = config();
         br = QStringLiteral("921600");
     }

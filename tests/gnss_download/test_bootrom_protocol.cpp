@@ -57,6 +57,8 @@ private slots:
     void fourWrongAnswersEndTheSync();
     void staleAnswerCountsInTheNextAttempt();
     void eventsOfTheWorkerAreProcessedWhileSynchronising();
+    void firstByteIsRepeatedForFiveSeconds();
+    void eventsAreProcessedForAtMostATenthOfASecond();
     void taskSendsFirstBytesUntilStopped();
 
     void echoIsLoggedAndNotCompared_data();
@@ -78,6 +80,7 @@ private slots:
     void agentLoadFails_data();
     void agentLoadFails();
     void missingChecksumIsAMismatch();
+    void missingChecksumOfAllOnesIsAMismatch();
     void jumpIsLogged_data();
     void jumpIsLogged();
 
@@ -178,6 +181,34 @@ void TestBootromProtocol::eventsOfTheWorkerAreProcessedWhileSynchronising()
     QTimer::singleShot(0, this, [&processed] { processed = true; });
     QVERIFY(link.worker.hdl_brom_start());
     QVERIFY(processed);
+}
+
+// Every answer misses: each attempt sends the first byte for five seconds, then the second.
+void TestBootromProtocol::firstByteIsRepeatedForFiveSeconds()
+{
+    Link link;
+    link.chip.takesTime = true;
+    QVERIFY(!link.worker.hdl_brom_start());
+    QCOMPARE(link.chip.sent(), (QByteArray(1000, '\xA0') + '\x0A').repeated(4));
+    QCOMPARE(milliseconds(), 4 * (5000 + 5 + 2000));
+}
+
+// Events that bring the next one each, a millisecond long: they hold up the next byte no longer.
+void TestBootromProtocol::eventsAreProcessedForAtMostATenthOfASecond()
+{
+    Link link(Dialogue().host("A0").host("A0").add(synchronisation({"5F", "F5", "AF", "FA"})));
+    QList<qint64> sent;
+    connect(&link.worker, &ugrade_thread::hdl_uart_put_byte, this,
+            [this, &sent] { sent << milliseconds(); });
+    const std::function<void()> next = [this, &sent, &next] {
+        QThread::msleep(1);
+        if (sent.size() < 6)
+            QMetaObject::invokeMethod(this, next, Qt::QueuedConnection);
+    };
+    QMetaObject::invokeMethod(this, next, Qt::QueuedConnection);
+    QVERIFY(link.worker.hdl_brom_start());
+    QCOMPARE(sent, (QList<qint64>{0, 101, 202, 202, 202, 202}));
+    QCoreApplication::processEvents();
 }
 
 void TestBootromProtocol::taskSendsFirstBytesUntilStopped()
@@ -505,6 +536,25 @@ void TestBootromProtocol::missingChecksumIsAMismatch()
     QCOMPARE(link.chip.verdict(), QString());
     QVERIFY(
         trace().lines().contains("hdl_brom_send_da, local_check_sum=4662 brom_check_sum=65535"));
+    QVERIFY(trace().lines().contains("hdl_brom_send_da, checksum fail"));
+}
+
+// What a read leaves where nothing came must not be that sum.
+void TestBootromProtocol::missingChecksumOfAllOnesIsAMismatch()
+{
+    const auto changeSum = [](auto *image) {
+        image[0] ^= 0xC9;
+        image[1] ^= 0xED;
+    };
+    QByteArray image = tests::agentFile("da_array");
+    changeSum(image.data());
+    Link link(stage1Load().chip("00 00").host(image.toHex(' ')));
+    changeSum(da_array);
+    const bool loaded = link.worker.hdl_brom_send_da(0x00100000, 0x04204000, 2458);
+    changeSum(da_array);
+    QVERIFY(!loaded);
+    QCOMPARE(link.chip.verdict(), QString());
+    QVERIFY(trace().lines().contains("hdl_brom_send_da, local_check_sum=65535 brom_check_sum=0"));
     QVERIFY(trace().lines().contains("hdl_brom_send_da, checksum fail"));
 }
 

@@ -1,6 +1,7 @@
 #include "link.h"
 
 #include "tests/support/clock/clockedtest.h"
+#include "tests/support/recorder.h"
 
 #include <QSignalSpy>
 
@@ -56,6 +57,7 @@ private slots:
     void connectGivesUpWhenThePortDoesNotOpen();
     void connectFillsTheReport();
     void connectLogsEachStep();
+    void reportIsLoggedAsItStands();
     void resetLineIsPulsedAfterThePortIsOpen();
     void resetIsReportedOnlyAfterASync();
 
@@ -213,6 +215,20 @@ void TestDownloadAgentConnect::connectLogsEachStep()
     QCOMPARE(steps, expected);
 }
 
+// Nothing fills the flash's place and size: they are the caller's.
+void TestDownloadAgentConnect::reportIsLoggedAsItStands()
+{
+    Link link(goodDialogue().before("bootloader.bin"));
+    hdl_da_report_t report = {};
+    report.flash_base_addr = 0x08000000;
+    report.flash_size = 0x00400000;
+    QVERIFY(connectTo(&link, &report));
+    const QStringList logged = tests::logTexts(trace().lines());
+    QCOMPARE(logged.at(logged.size() - 2),
+             QString("DA_Report HW_Code=0x1234-0x5678, Flash ID=0x000A 0x000B 0x000C, "
+                     "Flash Base Addr=0x08000000, Flash Size=0x00400000"));
+}
+
 void TestDownloadAgentConnect::resetLineIsPulsedAfterThePortIsOpen()
 {
     Link link(goodDialogue().before("identify"));
@@ -243,8 +259,6 @@ void TestDownloadAgentConnect::resetLineIsPulsedAfterThePortIsOpen()
     QCOMPARE(bench::journal().texts(),
              QStringList({"PlatformService.setGPSResetGPIO(true)",
                           "PlatformService.setGPSResetGPIO(false)"}));
-    QCOMPARE(trace().payloads().filter("fffffffffff11111111111111"),
-             QStringList({"fffffffffff11111111111111", "fffffffffff11111111111111"}));
 }
 
 void TestDownloadAgentConnect::resetIsReportedOnlyAfterASync()
@@ -562,10 +576,16 @@ void TestDownloadAgentConnect::disconnect()
     if (!answer.isEmpty())
         dialogue.chip(answer);
     Link link(dialogue.line("close"));
+    tests::Recorder recorder(trace());
+    for (const char *signal : {SIGNAL(hdl_uart_get_byte(uint8_t *, uint32_t)),
+                               SIGNAL(hdl_uart_deinit(uint8_t *, uint8_t))})
+        recorder.watchSignal(&link.worker, signal);
     QCOMPARE(link.worker.hdl_disconnect(static_cast<HDL_DISCONNECT_TYPE>(type)), result);
     QCOMPARE(link.chip.verdict(), QString());
-    QCOMPARE(tests::logTexts(trace().lines()),
-             QStringList({QString("hdl_disconnect disconnect_type=%1").arg(type)}));
+    QCOMPARE(recorder.entries(),
+             QStringList({"signal hdl_uart_get_byte(, 3000)",
+                          QString("hdl_disconnect disconnect_type=%1").arg(type),
+                          "signal hdl_uart_get_byte(, 3000)", "signal hdl_uart_deinit(, 0)"}));
 }
 
 void TestDownloadAgentConnect::watchdogArgumentIsAWord()

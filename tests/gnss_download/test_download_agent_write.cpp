@@ -67,7 +67,11 @@ private slots:
     void listedCodeIsResentOnRequest();
     void unlistedCodeIsResentWithoutCounting_data();
     void unlistedCodeIsResentWithoutCounting();
+    void fourthRefusalGivesUp_data();
     void fourthRefusalGivesUp();
+    void refusalWhoseCodeNeverComesIsNoListedOne();
+    void sumThatNeverComesIsNought();
+    void drainIsHandedThePacketsBuffer();
     void resendIsNotSentWhenTheAgentDoesNotAskForIt_data();
     void resendIsNotSentWhenTheAgentDoesNotAskForIt();
     void busyAgentIsWaitedFor();
@@ -209,14 +213,82 @@ void TestDownloadAgentWrite::unlistedCodeIsResentWithoutCounting()
     QCOMPARE(link.chip.verdict(), QString());
 }
 
+void TestDownloadAgentWrite::fourthRefusalGivesUp_data()
+{
+    QTest::addColumn<QStringList>("codes"); // in turn, each with what ends a busy agent's waiting
+    QTest::addColumn<int>("unlisted");      // before each
+    QTest::newRow("3061") << QStringList{"00 00 0B F5"} << 0;
+    QTest::newRow("3062") << QStringList{"00 00 0B F6"} << 0;
+    QTest::newRow("3063") << QStringList{"00 00 0B F7"} << 0;
+    QTest::newRow("3064") << QStringList{"00 00 0B F8"} << 0;
+    QTest::newRow("3065") << QStringList{"00 00 0B F9 E1 00"} << 0;
+    QTest::newRow("all of them") << QStringList{"00 00 0B F9 00", "00 00 0B F8", "00 00 0B F7",
+                                                "00 00 0B F6"}
+                                 << 0;
+    QTest::newRow("between others") << QStringList{"00 00 0B F5", "00 00 0B F9 E1 E1 69"} << 2;
+}
+
 void TestDownloadAgentWrite::fourthRefusalGivesUp()
 {
+    QFETCH(QStringList, codes);
+    QFETCH(int, unlisted);
     Dialogue dialogue;
-    for (int i = 0; i < 3; ++i)
-        dialogue.add(refusal("00 00 0B F5").chip("5A").host("69"));
-    Link link(dialogue.add(refusal("00 00 0B F5").host("A5")));
+    for (int i = 0; i < 4; ++i) {
+        for (int other = 0; other < unlisted; ++other)
+            dialogue.add(refusal("00 00 0B FA"));
+        dialogue.add(refusal(codes.at(i % codes.size())));
+        if (i < 3)
+            dialogue.chip("5A").host("69");
+    }
+    Link link(dialogue.host("A5"));
     QVERIFY(!writePacket(&link));
     QCOMPARE(link.chip.verdict(), QString());
+    QVERIFY(link.chip.unansweredPolls().isEmpty());
+}
+
+void TestDownloadAgentWrite::refusalWhoseCodeNeverComesIsNoListedOne()
+{
+    Link link(Dialogue().host(kPacket).chip("5A A5", 300).host(kPacket).chip("5A 69", 300));
+    QVERIFY(writePacket(&link));
+    QCOMPARE(link.chip.verdict(), QString());
+    QCOMPARE(link.chip.unansweredPolls(), QVector<quint32>{3000});
+    QVERIFY(trace().lines().contains("hdl_wirte_packet, NACK ret=0"));
+}
+
+void TestDownloadAgentWrite::sumThatNeverComesIsNought()
+{
+    Link link(announcement("00 00 10 00")
+                  .host("01*4096")
+                  .chip("5A 69", 300)
+                  .chip("5A")
+                  .host("00 00 10 00"));
+    downloadfile.app_bin = QByteArray(4096, 1);
+    _hdl_image_t record = image(4096);
+    QVERIFY(!link.worker.hdl_da_download(&record));
+    QCOMPARE(link.chip.unansweredPolls(), (QVector<quint32>{900, 3000}));
+    QCOMPARE(tests::logTexts(trace().lines()).last(),
+             QString("DA Download Imgae (gnss_demo.bin) CheckSum Fail, 0x00001000 != 0x00000000"));
+}
+
+// Which the transport shows, and no other: it holds a packet.
+void TestDownloadAgentWrite::drainIsHandedThePacketsBuffer()
+{
+    Link link(announcement("00 00 10 00").host("01*4096").chip("5A 96", 300));
+    downloadfile.app_bin = QByteArray(4096, 1);
+    const uint8_t *drained = nullptr;
+    QByteArray content;
+    connect(&link.worker, &ugrade_thread::hdl_uart_get_bytes, this, [&](const uint8_t *buffer) {
+        drained = buffer;
+        content = QByteArray(reinterpret_cast<const char *>(buffer), 4096);
+    });
+    const uint8_t *sent = nullptr;
+    connect(&link.worker, &ugrade_thread::hdl_uart_put_byte_buffer, this,
+            [&sent](const uint8_t *buffer) { sent = buffer; });
+    _hdl_image_t record = image(4096);
+    QVERIFY(!link.worker.hdl_da_download(&record));
+    QVERIFY(drained != nullptr);
+    QCOMPARE(drained, sent);
+    QCOMPARE(content, QByteArray(4096, '\0'));
 }
 
 void TestDownloadAgentWrite::resendIsNotSentWhenTheAgentDoesNotAskForIt_data()

@@ -2,6 +2,7 @@
 
 #include "gnss_download/serial_thread.h"
 #include "tests/support/clock/clockedtest.h"
+#include "tests/support/recorder.h"
 #include "tools/common.h"
 
 #include <QEventLoop>
@@ -139,9 +140,11 @@ void TestSerialThread::openingSetsTheLine()
     QCOMPARE(int(set.c_cflag & CSIZE), int(CS8));
     QCOMPARE(int(set.c_cflag & (PARENB | CSTOPB | CRTSCTS)), 0);
     QCOMPARE(int(set.c_iflag & (IXON | IXOFF)), int(IXON | IXOFF));
-    QCOMPARE(trace().payloads(),
-             QStringList({QString("InitSerial: \"%1\" %2").arg(line.path(), currentThread()),
-                          QString("\"%1\" %2").arg(line.path()).arg(baudRate)}));
+    const QString traced = "[DBG] void serial_thread::serial_init(uint8_t*, uint8_t, uint8_t*) -- ";
+    QCOMPARE(
+        tests::comparable(trace().lines()),
+        QStringList({traced + QString("InitSerial: \"%1\" %2").arg(line.path(), currentThread()),
+                     traced + QString("\"%1\" %2").arg(line.path()).arg(baudRate)}));
 }
 
 void TestSerialThread::openingAgainStartsAnew()
@@ -165,13 +168,15 @@ void TestSerialThread::openingFails()
 {
     serial_thread transport("/dev/no-such-port");
     QSignalSpy messages(&transport, &serial_thread::signal_Messagebox);
-    uint8_t status = 0;
+    uint8_t status = 7;
     transport.serial_init(nullptr, 0, &status);
-    QCOMPARE(status, uint8_t(0));
+    QCOMPARE(status, uint8_t(7)); // the caller's
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.first(), QVariantList({"错误", "打开串口失败"}));
-    QCOMPARE(trace().payloads(),
-             QStringList({QString("InitSerial: \"/dev/no-such-port\" %1").arg(currentThread())}));
+    QCOMPARE(tests::comparable(trace().lines()),
+             QStringList({QString("[DBG] void serial_thread::serial_init(uint8_t*, uint8_t, "
+                                  "uint8_t*) -- InitSerial: \"/dev/no-such-port\" %1")
+                              .arg(currentThread())}));
 }
 
 void TestSerialThread::closedPortDoesNothing()
@@ -420,7 +425,8 @@ void TestSerialThread::drainingEmptiesTheInputAndLeavesTheBuffer()
              QByteArray::fromHex("A1A2A3A4A5A6A7A8"));
     QCOMPARE(shown.size(), 1);
     QCOMPARE(shown.first().first().toByteArray(), QByteArray::fromHex("A1A2A3A4A5"));
-    QCOMPARE(trace().payloads().last(), QString("5 \"a1a2a3a4a5\""));
+    QCOMPARE(tests::comparable(trace().lines().last()),
+             QString("[DBG] void serial_thread::RealReadAllData(uint8_t*) -- 5 \"a1a2a3a4a5\""));
     uint8_t next = 0;
     open.transport.serial_getbyte(&next, 20);
     QCOMPARE(next, uint8_t(0));
@@ -442,7 +448,8 @@ void TestSerialThread::drainingGivesUpAfterThirtyPolls()
     QCOMPARE(millisecondsOf([&] { open.transport.serial_get_bytes(buffer, 3000); }), 30);
     QCOMPARE(shown.size(), 1);
     QCOMPARE(shown.first().first().toByteArray(), QByteArray());
-    QCOMPARE(trace().payloads().last(), QString("0 \"\""));
+    QCOMPARE(tests::comparable(trace().lines().last()),
+             QString("[DBG] void serial_thread::RealReadAllData(uint8_t*) -- 0 \"\""));
 }
 
 void TestSerialThread::drainingShowsNoMoreThanAPacket()
@@ -485,21 +492,21 @@ void TestSerialThread::accumulatorKeepsAllThatCame()
 void TestSerialThread::operationsAreTraced()
 {
     OpenTransport open;
+    const QString get = "[DBG] void serial_thread::serial_get_data32(uint32_t*, uint32_t) -- ";
+    const QString put = "[DBG] void serial_thread::serial_put_data32(uint32_t) -- ";
+    const QString read = "[DBG] void serial_thread::ReadData(uint8_t*, uint32_t, uint32_t) -- ";
     trace().clear();
     uint32_t word = 7;
     open.line.send("12345678");
     open.transport.serial_get_data32(&word, 1000);
-    QCOMPARE(trace().payloads(),
-             QStringList({QString("serial_get_data32: %1 7").arg(currentThread()), "4 \"12345678\"",
-                          "305419896"}));
-    trace().clear();
     open.transport.serial_put_data32(0x0A0B0C0D);
-    QCOMPARE(trace().payloads(), QStringList({"\"0a0b0c0d\""}));
-    trace().clear();
     uint16_t half = 0;
     open.line.send("ABCD");
     open.transport.serial_get_data16(&half, 1000);
-    QCOMPARE(trace().payloads(), QStringList({"2 \"abcd\""}));
+    QCOMPARE(tests::comparable(trace().lines()),
+             QStringList({get + QString("serial_get_data32: %1 7").arg(currentThread()),
+                          read + "4 \"12345678\"", get + "305419896", put + "\"0a0b0c0d\"",
+                          read + "2 \"abcd\""}));
 }
 
 void TestSerialThread::endianReversesInPlace_data()

@@ -3,6 +3,7 @@
 #include "gnss_download/serial_thread.h"
 #include "tests/support/clock/virtualclock.h"
 #include "tests/support/connectionlog.h"
+#include "tests/support/recorder.h"
 #include "tests/support/unittest.h"
 
 #include <QEventLoop>
@@ -116,10 +117,13 @@ void TestUgradeThread::constructionIsTraced()
     ugrade_thread worker("/dev/ttyS4");
     const QString thread =
         QString("0x%1").arg(reinterpret_cast<quintptr>(QThread::currentThreadId()), 0, 16);
-    QCOMPARE(trace().payloads(),
-             QStringList({QString("QThread(0x%1) \"/dev/ttyS4\" %2")
-                              .arg(reinterpret_cast<quintptr>(transportThread(worker)), 0, 16)
-                              .arg(thread)}));
+    QCOMPARE(
+        tests::comparable(trace().lines()),
+        QStringList(
+            {QString(
+                 "[DBG] ugrade_thread::ugrade_thread(QString) -- QThread(0x%1) \"/dev/ttyS4\" %2")
+                 .arg(reinterpret_cast<quintptr>(transportThread(worker)), 0, 16)
+                 .arg(thread)}));
 }
 
 void TestUgradeThread::transportLivesInAThreadOfItsOwn()
@@ -296,8 +300,9 @@ void TestUgradeThread::runTracesItsThread()
     link.worker.start();
     QVERIFY(link.worker.wait(10000));
     QVERIFY(thread != QThread::currentThreadId());
-    QCOMPARE(trace().payloads().value(0),
-             QString("ugrade_thread: 0x%1").arg(reinterpret_cast<quintptr>(thread), 0, 16));
+    QCOMPARE(tests::comparable(trace().lines().value(0)),
+             QString("[DBG] virtual void ugrade_thread::run() -- ugrade_thread: 0x%1")
+                 .arg(reinterpret_cast<quintptr>(thread), 0, 16));
 }
 
 void TestUgradeThread::resultIsReportedWhenThePortIsClosed()

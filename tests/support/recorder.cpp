@@ -11,6 +11,14 @@ namespace tests {
 
 namespace {
 
+// Bytes are numbers too.
+QString word(const QVariant &value)
+{
+    const int type = value.userType();
+    return type == QMetaType::UChar || type == QMetaType::SChar ? QString::number(value.toUInt())
+                                                                : value.toString();
+}
+
 // Hands every emission of one signal to a function as a text, at once, in the thread that emits.
 class SignalTap : public QObject
 {
@@ -38,7 +46,7 @@ private:
     {
         QStringList words;
         for (int i = 0; i < signal.parameterCount(); ++i)
-            words << QVariant(signal.parameterType(i), arguments[i + 1]).toString();
+            words << word(QVariant(signal.parameterType(i), arguments[i + 1]));
         return QStringLiteral("signal %1(%2)")
             .arg(QString::fromLatin1(signal.name()), words.join(QStringLiteral(", ")));
     }
