@@ -16,6 +16,7 @@ constexpr char kEraseBelow[] = "\033[J";
 constexpr char kLineUp[] = "\033[A";
 
 constexpr int kWidestBar = 30;
+constexpr int kFull = 100; // percent
 
 const char *colourOf(const QString &kind, const Event &event)
 {
@@ -48,11 +49,22 @@ void BarReport::take(int line, const Event &event)
     eraseBlock();
     if (kind == QLatin1String("start") && !isSeveral())
         print(headOf(event), nullptr);
+    keepFullBar(line, event);
     const QString words = wordsOf(event);
     if (stays(kind) && !words.isEmpty())
         print(linePrefix(names, line, event) + words + QLatin1Char('\n'), colourOf(kind, event));
     drawBlock();
     std::fflush(output);
+}
+
+// The bar of a single receiver stays above what comes after the last packet.
+void BarReport::keepFullBar(int line, const Event &event)
+{
+    if (isSeveral() || !event.contains("text")
+        || rows.at(line).progress.value("percent").toInt() != kFull)
+        return;
+    print(blockRow(line) + QLatin1Char('\n'), nullptr);
+    rows[line].progress = Event();
 }
 
 bool BarReport::stays(const QString &kind) const

@@ -27,6 +27,7 @@ private:
     bool isSeveral() const { return names.size() > 1; }
     bool stays(const QString &kind) const;
     void noteInBlock(int line, const QString &kind, const Event &event);
+    void keepFullBar(int line, const Event &event);
     void print(const QString &text, const char *colour);
     void eraseBlock();
     void drawBlock();

@@ -42,7 +42,6 @@ void FlashRun::run()
     clock.start();
     log.open(QIODevice::WriteOnly | QIODevice::Append);
     report({{"kind", "start"},
-            {"uart", order.uart},
             {"package", order.package},
             {"attempts", order.attempts},
             {"log", order.log}});
@@ -178,6 +177,7 @@ void FlashRun::report(Event event)
         writingSince = clock.elapsed();
     if (event.value("kind").toString() == QLatin1String("progress"))
         addRate(&event);
+    event.insert(QStringLiteral("uart"), order.uart);
     event.insert(QStringLiteral("ms"), clock.elapsed());
     sink(event);
 }

@@ -1,5 +1,7 @@
 #include "plainreport.h"
 
+#include <QDir>
+
 #include <algorithm>
 
 namespace bench {
@@ -7,6 +9,14 @@ namespace bench {
 namespace {
 
 constexpr int kTenth = 10; // percent
+
+// As a shell takes it: shorter, and without the user's name.
+QString shortPath(const QString &path)
+{
+    const QString home = QDir::homePath();
+    return path.startsWith(home + QLatin1Char('/')) ? QLatin1Char('~') + path.mid(home.size())
+                                                    : path;
+}
 
 } // namespace
 
@@ -29,8 +39,9 @@ QString headOf(const Event &start)
 {
     const QString uart = start.value("uart").toString();
     return QStringLiteral("receiver  %1\npackage   %2\nlog       %3\n")
-        .arg(uart.isEmpty() ? QStringLiteral("simulated") : uart, start.value("package").toString(),
-             start.value("log").toString());
+        .arg(uart.isEmpty() ? QStringLiteral("simulated") : uart,
+             shortPath(start.value("package").toString()),
+             shortPath(start.value("log").toString()));
 }
 
 PlainReport::PlainReport(const ReportSettings &settings)

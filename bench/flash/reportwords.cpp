@@ -6,6 +6,8 @@ namespace bench {
 
 namespace {
 
+constexpr int kAll = 100; // percent
+
 QString thousands(double bytes)
 {
     return QString::number(bytes / 1000.0, 'f', bytes < 100000.0 ? 1 : 0);
@@ -79,12 +81,17 @@ QString wordsOf(const Event &event)
 
 QString progressWords(const Event &progress)
 {
-    return QStringLiteral("%1 %  %2 of %3 kB  %4 kB/s  %5 s left")
-        .arg(progress.value("percent").toInt(), 3)
-        .arg(thousands(progress.value("bytes").toDouble()),
-             thousands(progress.value("total").toDouble()),
-             thousands(progress.value("bytes_per_second").toDouble()))
-        .arg(progress.value("seconds_left").toDouble(), 0, 'f', 0);
+    const int percent = progress.value("percent").toInt();
+    const double bytes = progress.value("bytes").toDouble();
+    const double rate = progress.value("bytes_per_second").toDouble();
+    const QString words =
+        QStringLiteral("%1 %  %2 of %3 kB  %4 kB/s  ")
+            .arg(percent, 3)
+            .arg(thousands(bytes), thousands(progress.value("total").toDouble()), thousands(rate));
+    if (percent == kAll)
+        return words + QStringLiteral("in %1 s").arg(rate > 0 ? bytes / rate : 0.0, 0, 'f', 1);
+    return words
+        + QStringLiteral("%1 s left").arg(progress.value("seconds_left").toDouble(), 0, 'f', 0);
 }
 
 } // namespace bench

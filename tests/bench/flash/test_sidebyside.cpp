@@ -66,6 +66,7 @@ private slots:
     void requestToStopEndsAll();
     void killedProgramLeavesNoBench();
     void commonStatusIsTheStatus();
+    void documentListsWhatIsTold();
 
 private:
     // Runs until each of the receivers' benches waits for the boot ROM.
@@ -205,6 +206,38 @@ void TestSideBySide::commonStatusIsTheStatus()
                                            "device\n"),
                  outcome.output.constData());
     QVERIFY(!QFile::exists(place->path("run-none0.log")));
+}
+
+// Every kind and every key of it stands in its row of docs/flash.md.
+void TestSideBySide::documentListsWhatIsTold()
+{
+    const Receivers receivers(2);
+    const auto fault = [](const char *text) {
+        QString error;
+        return *bench::Fault::fromJson(QJsonDocument::fromJson(text).object(), &error);
+    };
+    receivers.all.at(0)->setFaults({fault(R"({"kind": "nack", "image": 1, "packet": 1})")});
+    receivers.all.at(1)->setFaults({fault(R"({"kind": "checksum", "step": "image-sum"})")});
+    const QStringList json = {"--format", "json"};
+    const QList<QJsonObject> told =
+        place->run(receivers.words() + json).events() + place->run(json).events();
+
+    const QByteArray document = contentOf(TESTMODE_SOURCE_DIR "/docs/flash.md");
+    const QStringList ofAll = {"kind", "uart", "ms"};
+    QSet<QString> kinds;
+    for (const QJsonObject &event : told) {
+        const QString kind = event.value("kind").toString();
+        kinds << kind;
+        const int row = document.indexOf("\n| `" + kind.toUtf8() + "` |");
+        QVERIFY2(row >= 0, qPrintable(kind));
+        const QByteArray words = document.mid(row, document.indexOf('\n', row + 1) - row);
+        for (const QString &key : event.keys())
+            QVERIFY2(ofAll.contains(key) || words.contains('`' + key.toUtf8() + '`'),
+                     qPrintable(kind + '.' + key));
+    }
+    QCOMPARE(kinds,
+             QSet<QString>({"start", "attempt", "phase", "progress", "refused", "note", "failure",
+                            "flash", "result", "summary"}));
 }
 
 QTEST_GUILESS_MAIN(TestSideBySide)
