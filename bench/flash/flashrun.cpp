@@ -23,8 +23,8 @@ constexpr int kPageMilliseconds = 5000;
 // How often the trace is looked at while an update runs.
 constexpr int kLookMilliseconds = 100;
 
-// An update that was asked to end and has written nothing for so long is left.
-constexpr int kIdleMilliseconds = 3000;
+// An update that is to end and does not get on for so long is left to the plug-in, which ends it.
+constexpr int kIdleMilliseconds = 7000;
 
 constexpr int kTimeoutCode = -32008; // of the monitor's calls
 
@@ -124,24 +124,21 @@ bool FlashRun::awaitEnd()
         answerBoxes();
         if (ended)
             return true;
-        if (stopping && mayStop())
+        if (stopping && mayLeave())
             return false;
     }
 }
 
-bool FlashRun::mayStop()
+// What the plug-in would finish when the process ends is finished while the page can still tell.
+bool FlashRun::mayLeave()
 {
-    const bool writing = reader.phase() >= UpdatePhase::Write;
+    const bool finishes = reader.phase() > UpdatePhase::LoadStage1;
     if (!std::exchange(stopTold, true))
         report({{"kind", "stop"},
                 {"text",
-                 writing ? QStringLiteral("told to end: the update is finished first")
-                         : QStringLiteral("told to end: the update is left")}});
-    if (reader.bytesWritten() != bytesThen) {
-        bytesThen = reader.bytesWritten();
-        idle.start();
-    }
-    return !writing || idle.elapsed() > kIdleMilliseconds;
+                 finishes ? QStringLiteral("told to end: the update is finished first")
+                          : QStringLiteral("told to end: the update is left")}});
+    return !finishes || idle.elapsed() > kIdleMilliseconds;
 }
 
 bool FlashRun::pageSaysSuccess()
@@ -175,8 +172,11 @@ void FlashRun::report(Event event)
 {
     if (event.value("phase").toString() == nameOf(UpdatePhase::Write) && writingSince < 0)
         writingSince = clock.elapsed();
-    if (event.value("kind").toString() == QLatin1String("progress"))
+    const QString kind = event.value("kind").toString();
+    if (kind == QLatin1String("progress"))
         addRate(&event);
+    if (kind == QLatin1String("progress") || kind == QLatin1String("phase"))
+        idle.start();
     event.insert(QStringLiteral("uart"), order.uart);
     event.insert(QStringLiteral("ms"), clock.elapsed());
     sink(event);

@@ -39,8 +39,8 @@ public:
     // Has an event told that comes from elsewhere. Any thread.
     void tell(const Event &event);
 
-    // An update that is writing is brought to its end, another is left; no further attempt
-    // begins. The thread ends soon after. Any thread.
+    // An update whose first agent runs is brought to its end, another is left; no further
+    // attempt begins. The thread ends after that. Any thread.
     void askToStop() { stopping = true; }
 
 protected:
@@ -52,7 +52,7 @@ private:
     bool attemptAsOrdered();
     bool attempt();
     bool awaitEnd();
-    bool mayStop();
+    bool mayLeave();
     bool pageSaysSuccess();
     bool flashIsEqual();
 
@@ -86,8 +86,7 @@ private:
 
     std::atomic<bool> stopping{false};
     bool stopTold = false;
-    QElapsedTimer idle; // since the last packet, once it was asked to stop
-    qint64 bytesThen = -1;
+    QElapsedTimer idle; // since the last phase or packet
 };
 
 } // namespace bench

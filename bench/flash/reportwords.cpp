@@ -33,11 +33,12 @@ QString failureLine(const Event &failure)
 QString resultLine(const Event &result)
 {
     const int attempts = result.value("attempts").toInt();
-    QString line =
-        result.value("ok").toBool() ? QStringLiteral("succeeded") : QStringLiteral("NOT flashed");
-    if (attempts > 1)
-        line += QStringLiteral(" in attempt %1").arg(attempts);
-    return line;
+    const bool ok = result.value("ok").toBool();
+    const QString line = ok ? QStringLiteral("succeeded") : QStringLiteral("NOT flashed");
+    if (attempts < 2)
+        return line;
+    return line
+        + (ok ? QStringLiteral(" in attempt %1") : QStringLiteral(" in %1 attempts")).arg(attempts);
 }
 
 // The whole, and below it each that was not flashed.

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 
@@ -38,6 +39,7 @@ SideBySide::Order orderFor(const std::string &uart, CommandLine options)
 
 int flashSeveral(const CommandLine &options)
 {
+    ::signal(SIGPIPE, SIG_IGN); // as each bench does
     char name[] = "testmode-bench";
     char *words[] = {name, nullptr};
     int count = 1;

@@ -11,6 +11,7 @@
 #include "bench/panel/operatorwindow.h"
 #include "bench/root/exitstatus.h"
 #include "bench/root/privateroot.h"
+#include "bench/root/supervisor.h"
 #include "bench/serial/resetline.h"
 #include "bench/serial/resetprompt.h"
 #include "bench/tour/tour.h"
@@ -20,6 +21,7 @@
 #include <QApplication>
 #include <QFile>
 
+#include <csignal>
 #include <cstdio>
 
 #include <unistd.h>
@@ -200,6 +202,7 @@ void Session::startFlash()
 {
     if (!options.flash)
         return;
+    ::signal(SIGPIPE, SIG_IGN); // an update goes on though nobody reads of it any more
     const FlashOrder order = {QString::fromStdString(options.uart()),
                               QString::fromStdString(options.package),
                               QString::fromStdString(options.log), options.attemptCount()};
@@ -226,6 +229,12 @@ void Session::leaveDriverBehind(int status)
 void Session::end()
 {
     stopRequests.setEnabled(false);
+    // An update may have to be finished first; a packet that begins tells that it gets on.
+    const auto follow = [](const QString &line) {
+        if (line.startsWith(QLatin1String("hdl_da_download (")))
+            showLife();
+    };
+    connect(&trace, &TraceLog::added, this, follow, Qt::DirectConnection);
     if (flash && flash->isRunning()) {
         flash->askToStop();
         return;

@@ -16,15 +16,17 @@ namespace bench {
 
 namespace {
 
-// "READ,WRITE": descriptors of the pipe that the program inside inherits.
+// "READ,WRITE,LIFE": descriptors that the program inside inherits: both ends of the pipe that
+// requests come through, and the one that it shows life on.
 constexpr char kStopPipe[] = "HEADUNIT_STOP_PIPE";
 
 constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-// A program that was asked to stop and has not after this long is killed.
+// A program that was asked to stop, has not, and has shown no life for so long is killed.
 constexpr time_t kStopSeconds = 10;
 
 int stopWriter = -1;
+int lifeWriter = -1;
 
 extern "C" void askToStop(int)
 {
@@ -54,8 +56,17 @@ sigset_t watchedSignals()
     std::exit(kFault);
 }
 
-// Waits for `child`; gives every request to stop to `writer`.
-[[noreturn]] void waitFor(pid_t child, int writer)
+bool hasShownLife(int reader)
+{
+    char signs[64];
+    bool any = false;
+    while (::read(reader, signs, sizeof signs) > 0)
+        any = true;
+    return any;
+}
+
+// Waits for `child`; gives every request to stop to `writer`, hears of life from `life`.
+[[noreturn]] void waitFor(pid_t child, int writer, int life)
 {
     const sigset_t watched = watchedSignals();
     bool stopping = false;
@@ -71,7 +82,7 @@ sigset_t watchedSignals()
             stopWriter = writer;
             askToStop(number);
             stopping = true;
-        } else if (errno == EAGAIN) {
+        } else if (errno == EAGAIN && !hasShownLife(life)) {
             ::kill(child, SIGKILL);
         }
     }
@@ -82,7 +93,8 @@ sigset_t watchedSignals()
 void supervise(Words command)
 {
     int channel[2];
-    if (::pipe2(channel, O_NONBLOCK) != 0)
+    int life[2];
+    if (::pipe2(channel, O_NONBLOCK) != 0 || ::pipe2(life, O_NONBLOCK) != 0)
         fail("make", "a pipe");
     const sigset_t watched = watchedSignals();
     sigset_t before;
@@ -97,28 +109,37 @@ void supervise(Words command)
         for (const int number : kStopSignals)
             ::signal(number, SIG_IGN);
         ::sigprocmask(SIG_SETMASK, &before, nullptr);
-        const std::string both = std::to_string(channel[0]) + "," + std::to_string(channel[1]);
-        ::setenv(kStopPipe, both.c_str(), 1);
+        const std::string ends = std::to_string(channel[0]) + "," + std::to_string(channel[1]) + ","
+            + std::to_string(life[1]);
+        ::setenv(kStopPipe, ends.c_str(), 1);
         ::execvp("bwrap", pointers(command).data());
         fail("start", "bwrap");
     }
-    waitFor(child, channel[1]);
+    waitFor(child, channel[1], life[0]);
 }
 
 int takeStopDescriptor()
 {
-    const char *both = std::getenv(kStopPipe);
+    const char *ends = std::getenv(kStopPipe);
     int reader = -1;
-    if (both == nullptr || std::sscanf(both, "%d,%d", &reader, &stopWriter) != 2)
+    if (ends == nullptr || std::sscanf(ends, "%d,%d,%d", &reader, &stopWriter, &lifeWriter) != 3)
         return -1;
     ::unsetenv(kStopPipe);
-    ::fcntl(reader, F_SETFD, FD_CLOEXEC);
-    ::fcntl(stopWriter, F_SETFD, FD_CLOEXEC);
+    for (const int descriptor : {reader, stopWriter, lifeWriter})
+        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     // A handler instead of the inherited "ignore": commands that the program runs start
     // with the default again.
     for (const int number : kStopSignals)
         ::signal(number, askToStop);
     return reader;
+}
+
+void showLife()
+{
+    if (lifeWriter < 0)
+        return;
+    const ssize_t written = ::write(lifeWriter, "", 1);
+    static_cast<void>(written); // a full pipe shows enough of it
 }
 
 } // namespace bench

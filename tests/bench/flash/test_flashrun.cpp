@@ -9,6 +9,10 @@ namespace {
 const QStringList kImages = {"bootloader.bin", "partition_table.bin", "gnss_demo.bin",
                              "gnss_config.bin"};
 
+// Each reply comes late, but not too late: there is time to tell the bench to end.
+const QByteArray kSlowPackets = R"({"kind": "late", "direction": "to-host", "step": "packet",
+                                    "index": 1, "value": 200, "times": "always"})";
+
 } // namespace
 
 // --flash as its user meets it: a receiver updated, and told how it went.
@@ -24,7 +28,10 @@ private slots:
     void progressNeverFallsAndEndsAtAll();
     void wholeTraceIsInTheLog();
     void failedStepIsToldInWords();
-    void secondAttemptBeginsAtTheReset();
+    void nextAttemptBeginsAtTheReset();
+    void updateThatIsWritingIsFinishedWhenToldToEnd();
+    void silentReceiverIsLeftWhenToldToEnd();
+    void updateGoesOnThoughNobodyReads();
     void wrongWordsAreOneLineAndAStatus_data();
     void wrongWordsAreOneLineAndAStatus();
 
@@ -57,7 +64,8 @@ void TestFlashRun::goodUpdateEndsWithZero()
     const QString text = QString::fromUtf8(outcome.output);
     QVERIFY2(text.contains("the receiver's flash equals the files, byte for byte\n"),
              outcome.output.constData());
-    QVERIFY2(text.endsWith(" s  succeeded\n"), outcome.output.constData());
+    QVERIFY2(QRegularExpression(" s  succeeded( in attempt \\d)?\n$").match(text).hasMatch(),
+             outcome.output.constData());
     QVERIFY2(!text.contains('\033') && !text.contains('\r'), outcome.output.constData());
 }
 
@@ -67,13 +75,12 @@ void TestFlashRun::jsonTellsThePhasesInOrder()
     QCOMPARE(outcome.errors, QByteArray());
     QCOMPARE(outcome.status, 0);
     QStringList phases;
-    for (const QJsonObject &event : outcome.events("phase"))
+    for (const QJsonObject &event : with("kind", "phase", outcome.lastAttempt()))
         phases << event.value("phase").toString();
-    QCOMPARE(
-        phases,
-        QStringList({"package", "open", "reset", "sync", "identify", "watchdog", "load-stage-1",
-                     "greet-stage-1", "check-line", "load-stage-2", "start-stage-2",
-                     "prepare-stage-2", "write", "write", "write", "write", "end"}));
+    QCOMPARE(phases,
+             QStringList({"open", "reset", "sync", "identify", "watchdog", "load-stage-1",
+                          "greet-stage-1", "check-line", "load-stage-2", "start-stage-2",
+                          "prepare-stage-2", "write", "write", "write", "write", "end"}));
     QCOMPARE(outcome.events().first().value("kind").toString(), QString("start"));
     QCOMPARE(outcome.events().first().value("log").toString(), path("run.log"));
     QCOMPARE(outcome.events().last().value("kind").toString(), QString("result"));
@@ -85,7 +92,8 @@ void TestFlashRun::jsonTellsThePhasesInOrder()
 
 void TestFlashRun::progressNeverFallsAndEndsAtAll()
 {
-    const QList<QJsonObject> progress = flash({"--format", "json"}).events("progress");
+    const QList<QJsonObject> progress =
+        with("kind", "progress", flash({"--format", "json"}).lastAttempt());
     QStringList images;
     int bytes = 0;
     for (const QJsonObject &event : progress) {
@@ -113,8 +121,8 @@ void TestFlashRun::wholeTraceIsInTheLog()
 void TestFlashRun::failedStepIsToldInWords()
 {
     const QString unit =
-        unitWith(R"({"kind": "nack", "value": 3061, "image": 3, "packet": 1, "times": 4})");
-    const Outcome outcome = flash({"--unit", unit});
+        unitWith(R"({"kind": "nack", "value": 3061, "image": 3, "packet": 1, "times": "always"})");
+    const Outcome outcome = flash({"--unit", unit, "--attempts", "3"});
     QCOMPARE(outcome.errors, QByteArray());
     QCOMPARE(outcome.status, 1);
     const QString text = QString::fromUtf8(outcome.output);
@@ -124,24 +132,72 @@ void TestFlashRun::failedStepIsToldInWords()
     QVERIFY2(text.contains("FAILED: packet 1 of 1 of gnss_demo.bin was not taken; it said: "
                            "refused with code 3061, 4 times\n"),
              outcome.output.constData());
-    QVERIFY2(text.endsWith(" s  NOT flashed\n"), outcome.output.constData());
+    QVERIFY2(text.endsWith(" s  NOT flashed in 3 attempts\n"), outcome.output.constData());
 }
 
-void TestFlashRun::secondAttemptBeginsAtTheReset()
+void TestFlashRun::nextAttemptBeginsAtTheReset()
 {
     const QString unit = unitWith(R"({"kind": "checksum", "step": "load-stage-1", "times": 1})");
-    const Outcome outcome = flash({"--unit", unit, "--attempts", "2", "--format", "json"});
+    const Outcome outcome = flash({"--unit", unit, "--format", "json"});
     QCOMPARE(outcome.errors, QByteArray());
     QCOMPARE(outcome.status, 0);
-    QCOMPARE(outcome.events("attempt").size(), 2);
-    QCOMPARE(outcome.events("failure").size(), 1);
-    QCOMPARE(outcome.events("failure").first().value("phase").toString(), QString("load-stage-1"));
-    int resets = 0;
-    for (const QJsonObject &event : outcome.events("phase"))
-        resets += event.value("phase") == "reset" ? 1 : 0;
-    QCOMPARE(resets, 2);
+    const int attempts = outcome.events("attempt").size();
+    QVERIFY(attempts >= 2);
+    QCOMPARE(outcome.events("failure").size(), attempts - 1);
+    QCOMPARE(with("phase", "load-stage-1", outcome.events("failure")).size(), 1);
+    QCOMPARE(with("phase", "reset", outcome.events("phase")).size(), attempts);
     QCOMPARE(outcome.events("result").size(), 1);
-    QCOMPARE(outcome.events("result").first().value("attempts").toInt(), 2);
+    QCOMPARE(outcome.events("result").first().value("attempts").toInt(), attempts);
+}
+
+void TestFlashRun::updateThatIsWritingIsFinishedWhenToldToEnd()
+{
+    QProcess process;
+    process.start(kBench, place->words({"--unit", unitWith(kSlowPackets), "--format", "json"}));
+    QByteArray output;
+    QTRY_VERIFY_WITH_TIMEOUT((output += process.readAllStandardOutput()).contains("progress"),
+                             30000);
+    process.terminate();
+    Outcome outcome = Workplace::endOf(&process);
+    outcome.output.prepend(output);
+    QCOMPARE(outcome.errors, QByteArray());
+    const int attempts = outcome.events("attempt").size();
+    QCOMPARE(outcome.events("stop").size(), 1);
+    QCOMPARE(outcome.events("stop").first().value("text").toString(),
+             QString("told to end: the update is finished first"));
+    QCOMPARE(with("kind", "phase", outcome.lastAttempt()).last().value("phase").toString(),
+             QString("end"));
+    QCOMPARE(outcome.events("result").first().value("attempts").toInt(), attempts);
+    QCOMPARE(outcome.events("result").first().value("ok").toBool(), outcome.status == 0);
+}
+
+void TestFlashRun::silentReceiverIsLeftWhenToldToEnd()
+{
+    makeFile(path("unit.json"), R"({"receiver": {"powered": false}})");
+    QProcess process;
+    process.start(
+        kBench, place->words({"--unit", path("unit.json"), "--format", "json", "--attempts", "3"}));
+    QByteArray output;
+    QTRY_VERIFY_WITH_TIMEOUT((output += process.readAllStandardOutput()).contains("sync"), 30000);
+    process.terminate();
+    Outcome outcome = Workplace::endOf(&process);
+    outcome.output.prepend(output);
+    QCOMPARE(outcome.events("attempt").size(), 1);
+    QCOMPARE(outcome.events("stop").first().value("text").toString(),
+             QString("told to end: the update is left"));
+    QCOMPARE(outcome.events("result").first().value("ok").toBool(), false);
+    QCOMPARE(outcome.errors, QByteArray());
+    QCOMPARE(outcome.status, 1);
+}
+
+void TestFlashRun::updateGoesOnThoughNobodyReads()
+{
+    QProcess process;
+    process.start(kBench, place->words({"--format", "json"}));
+    QVERIFY(process.waitForReadyRead(30000));
+    process.closeReadChannel(QProcess::StandardOutput);
+    QCOMPARE(Workplace::endOf(&process).status, 0);
+    QVERIFY(contentOf(path("run.log")).contains("hdl_download success\n"));
 }
 
 void TestFlashRun::wrongWordsAreOneLineAndAStatus_data()
