@@ -55,7 +55,7 @@ bool ugrade_thread::hdl_connect(const hdl_da_info_t *info, hdl_da_report_t *repo
     result = hdl_brom_send_da(info->aux_addr, info->da_addr, info->da_len);
     if (!stepSucceeded("hdl_brom_send_da", result))
         return result;
-    serial->setPatienceAtEnd(agent::kConnectPatienceMilliseconds);
+    serial->setPatienceAtEnd(agent::kPatienceMilliseconds);
     if (!greetStage1(&status))
         return result;
     switchBaudRate();
@@ -219,6 +219,7 @@ bool ugrade_thread::sendParameterBlock()
 
 bool ugrade_thread::hdl_disconnect(HDL_DISCONNECT_TYPE type)
 {
+    serial->setPatienceAtEnd(agent::kPatienceMilliseconds);
     uint8_t ignored = 0;
     emit hdl_uart_put_byte(agent::Leave);
     emit hdl_uart_get_byte(&ignored, kReplyPolls);

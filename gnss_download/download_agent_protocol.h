@@ -60,10 +60,10 @@ constexpr uint32_t kFirstResendCode = 3061;
 constexpr uint32_t kCodeBusy = 3065; // also the last of them
 constexpr int kResends = 3;
 
-// Once the process is to end: how long the agent may be silent before the first image and from it
-// on (the flash is not left half written for a pause), and what it may still draw for one packet by
-// refusals without limit or by being busy.
-constexpr int kConnectPatienceMilliseconds = 1000;
+// Once the process is to end: how long the agent may be silent, and how long while images are
+// written (the flash is not left half written for a pause); and what it may still draw for one
+// packet by refusals without limit or by being busy.
+constexpr int kPatienceMilliseconds = 1000;
 constexpr int kWritePatienceMilliseconds = 6000;
 constexpr int kLastRounds = 100;
 constexpr int kLastRoundsMilliseconds = 5000;

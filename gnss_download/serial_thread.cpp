@@ -4,6 +4,7 @@
 #include "tools/common.h"
 #include "tools/debugtrace.h"
 
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QSerialPort>
 #include <QThread>
@@ -43,17 +44,17 @@ QByteArray wireOrder(Word value)
     return QByteArray(reinterpret_cast<const char *>(bytes), sizeof value);
 }
 
-// Nothing comes from a closed port: there several polls pass at once, in as much time.
-void passPoll(const QSerialPort &port, uint32_t *polls)
+// Returns how many of the polls that are left have passed. Nothing comes from a closed port: there
+// several pass at once, in as much time.
+uint32_t passPolls(const QSerialPort &port, uint32_t left)
 {
     if (port.isOpen()) {
-        --*polls;
         Delay_MSec(1);
-        return;
+        return 1;
     }
-    const uint32_t passed = *polls == 0 ? kClosedPolls : qMin(*polls, kClosedPolls);
-    *polls -= passed;
+    const uint32_t passed = left == 0 ? kClosedPolls : qMin(left, kClosedPolls);
     QThread::msleep(passed);
+    return passed;
 }
 
 QByteArray copyOf(const uint8_t *bytes, qint64 count)
@@ -73,7 +74,6 @@ serial_thread::serial_thread(QString name)
     : portName(name), port(new QSerialPort), timer(new QTimer)
 {
     sendstr.length = 0;
-    sinceReceived.start();
     // Queued: the port still uses its descriptor when it tells.
     connect(port, &QSerialPort::errorOccurred, this, &serial_thread::closeIfGone,
             Qt::QueuedConnection);
@@ -118,7 +118,7 @@ void serial_thread::serial_init(uint8_t *, uint8_t, uint8_t *opened)
     // Kept: software flow control, whatever the settings dialog shows.
     port->setFlowControl(QSerialPort::SoftwareControl);
     port->setStopBits(QSerialPort::OneStop);
-    sinceReceived.start();
+    silentPolls = 0;
     abandoned = false;
     *opened = 1;
 }
@@ -187,7 +187,7 @@ void serial_thread::serial_get_bytes(uint8_t *buf, uint32_t)
 void serial_thread::SendData(QByteArray data)
 {
     // A closed port would only warn.
-    if (!port->isOpen() || isAbandoned(sinceReceived))
+    if (!port->isOpen() || isAbandoned(silentPolls))
         return;
 
     QElapsedTimer quiet;
@@ -210,7 +210,7 @@ bool serial_thread::waitForWriting(QElapsedTimer *quiet)
     // A line that is stopped between the look and the write calls itself a lack of resources.
     const QSerialPort::SerialPortError error = port->error();
     const bool stopped = error == QSerialPort::TimeoutError || error == QSerialPort::ResourceError;
-    return port->isOpen() && stopped && !isAbandoned(*quiet);
+    return port->isOpen() && stopped && !isAbandoned(quiet->elapsed());
 }
 
 // An error alone does not tell; a line that hangs up says so to whoever looks, for good.
@@ -223,11 +223,11 @@ void serial_thread::closeIfGone()
         port->close();
 }
 
-// Whether the line is left to itself, now that it has been quiet for this long.
-bool serial_thread::isAbandoned(const QElapsedTimer &quiet)
+// Whether the line is left to itself, now that it has been quiet for so many milliseconds.
+bool serial_thread::isAbandoned(qint64 quiet)
 {
     if (!abandoned && QThread::currentThread()->isInterruptionRequested()
-        && (!port->isOpen() || quiet.elapsed() >= patienceAtEnd)) {
+        && (!port->isOpen() || quiet >= patienceAtEnd)) {
         abandoned = true;
         if (port->isOpen())
             port->clear(QSerialPort::Output);
@@ -241,12 +241,11 @@ void serial_thread::ReadData(uint8_t *buf, uint32_t len, uint32_t timeout)
     uint32_t polls = timeout;
     qint64 pending = 0;
     do {
-        passPoll(*port, &polls);
-        const qint64 before = pending;
-        pending = port->bytesAvailable();
-        if (pending > before)
-            sinceReceived.start();
-    } while (pending < len && polls != 0 && !isAbandoned(sinceReceived));
+        const uint32_t passed = passPolls(*port, polls);
+        polls -= passed;
+        const qint64 before = std::exchange(pending, port->bytesAvailable());
+        silentPolls = pending > before ? 0 : silentPolls + passed;
+    } while (pending < len && polls != 0 && !isAbandoned(silentPolls));
 
     if (port->isOpen() && !abandoned)
         lastReadCount = port->read(reinterpret_cast<char *>(buf), len);

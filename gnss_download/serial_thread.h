@@ -3,13 +3,13 @@
 #include "uart_types.h"
 
 #include <QByteArray>
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
 #include <atomic>
 #include <cstdint>
 
+class QElapsedTimer;
 class QEventLoop;
 class QSerialPort;
 class QThread;
@@ -34,9 +34,10 @@ public:
     // port and stops the timer as its last act.
     void moveTo(QThread *thread);
 
-    // How long a line may stay quiet once an interruption of the transport's thread was requested;
-    // after that nothing more is sent, and reads bring nothing and return at once, until the port
-    // is opened again. 0, as it starts: not at all. Any thread.
+    // For how many polls reads may have brought nothing, or for how many milliseconds a write may
+    // have stood, once an interruption of the transport's thread was requested; after that
+    // nothing more is sent, and reads bring nothing and return at once, until the port is opened
+    // again. 0, as it starts: not at all. Any thread.
     void setPatienceAtEnd(int milliseconds) { patienceAtEnd = milliseconds; }
 
     // Reads `len` bytes in reverse order of arrival. Fewer may come: `buf` keeps
@@ -80,7 +81,7 @@ private:
     void release();
     void closeIfGone();
     bool waitForWriting(QElapsedTimer *quiet);
-    bool isAbandoned(const QElapsedTimer &quiet);
+    bool isAbandoned(qint64 quiet);
 
     QString portName;
     [[maybe_unused]] int status = 0; // kept: nothing uses it
@@ -88,7 +89,7 @@ private:
     QTimer *timer;                   // owned likewise; nothing connects its time-out
     QEventLoop *loop = nullptr;      // of Delay_Ms(), made on first use
     std::atomic<int> patienceAtEnd{0};
-    QElapsedTimer sinceReceived; // since the last byte came in, or the port was opened
+    qint64 silentPolls = 0; // of reads, since a byte came in or the port was opened
     bool abandoned =
         false; // the process ends and the line was quiet: nothing goes over it any more
 };

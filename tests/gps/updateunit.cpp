@@ -48,13 +48,8 @@ void makeIcon(const QString &name)
 
 UpdateUnit::UpdateUnit()
 {
-    bench::ReceiverSettings settings = receiver.settings();
-    settings.keepLineRate = false;
-    receiver.setSettings(settings);
-    QString error;
-    const QString line = receiver.open(&error);
-    QVERIFY2(!line.isEmpty(), qPrintable(error));
-    QVERIFY(QFile::link(line, kDevice));
+    setLineRate(false);
+    healLine();
     // In the caller's thread: the worker goes on when the receiver has seen the change.
     connect(&bench::unit(), &bench::HeadUnit::gnssResetChanged, &receiver,
             &bench::Receiver::setReset, Qt::DirectConnection);
@@ -74,10 +69,41 @@ UpdateUnit::~UpdateUnit()
     if (screen) {
         // The update of a test that has failed would go on into the next one.
         if (part<QPushButton>("pushButton_3") != nullptr && updateRuns())
-            QMetaObject::invokeMethod(qApp, "aboutToQuit");
+            endProcess();
         destroyWindow();
     }
     QFile::remove(kDevice);
+}
+
+void UpdateUnit::keepLineRate()
+{
+    setLineRate(true);
+}
+
+void UpdateUnit::setLineRate(bool kept)
+{
+    bench::ReceiverSettings settings = receiver.settings();
+    settings.keepLineRate = kept;
+    receiver.setSettings(settings);
+}
+
+void UpdateUnit::pullLine()
+{
+    QVERIFY(QFile::remove(kDevice));
+    receiver.close();
+}
+
+void UpdateUnit::healLine()
+{
+    QString error;
+    const QString line = receiver.open(&error);
+    QVERIFY2(!line.isEmpty(), qPrintable(error));
+    QVERIFY(QFile::link(line, kDevice));
+}
+
+void UpdateUnit::endProcess()
+{
+    QMetaObject::invokeMethod(qApp, "aboutToQuit");
 }
 
 void UpdateUnit::createWindow()
@@ -133,6 +159,14 @@ int UpdateUnit::progress() const
 QColor UpdateUnit::icon() const
 {
     return part<QLabel>("label_3")->pixmap(Qt::ReturnByValue).toImage().pixelColor(30, 30);
+}
+
+QStringList UpdateUnit::allImages()
+{
+    QStringList names;
+    for (const Place &place : kPlaces)
+        names << QLatin1String(place.image);
+    return names;
 }
 
 QByteArray UpdateUnit::packageFile(const QString &name)

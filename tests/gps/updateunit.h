@@ -30,6 +30,14 @@ public:
     void createWindow();
     void destroyWindow();
 
+    // Answers take the time of a line of 921600 baud; as it starts the receiver answers at once.
+    void keepLineRate();
+    // Takes the receiver's line away, device and all, and puts one back.
+    void pullLine();
+    void healLine();
+    // What the application does when its event loop has ended.
+    static void endProcess();
+
     // From the menu to a loaded package.
     void openUpdatePage();
 
@@ -48,12 +56,15 @@ public:
     QColor icon() const;
 
     // Images of the package, by file name, as they lie in the package's folder.
+    static QStringList allImages();
     static QByteArray packageFile(const QString &name);
     // What the 4 MiB of flash hold when exactly these images were written, from the files alone.
     static QByteArray flashWith(const QStringList &images);
     QByteArray flash() const;
 
 private:
+    void setLineRate(bool kept);
+
     testmode::Plugin plugin;
     QPointer<QWidget> screen; // the window's content
 };
