@@ -65,7 +65,10 @@ def update(bench, receiver):
     bench("ui.click", object="pushButton_3")  # start
     receiver("receiver.wait", phase="stage-2-writing", timeout_ms=60000)
     bench.wait("pushButton_3", "enabled", True, seconds=120)
-    print(bench("ui.state", object="textBrowser")["text"].splitlines()[-1])
+    result = bench("ui.state", object="textBrowser")["text"].splitlines()[-1]
+    print(result)
+    if "succed" not in result:
+        raise SystemExit("the receiver was not flashed")
 
 
 def compare(bench, receiver):

@@ -65,9 +65,12 @@ class Receiver:
             dialogue = json.loads(lines.readline())["result"]["lines"]
         return [line for line in dialogue if "program of" in line]
 
-    def flash(self):
+    def end(self):
         self.process.terminate()
         self.process.wait(30)
+
+    def flash(self):
+        self.end()
         with open(self.image, "rb") as saved:
             return saved.read()
 
@@ -80,8 +83,7 @@ def run(words, port, log):
                           capture_output=True, text=True, stdin=subprocess.DEVNULL)
 
 
-def whole_recipe(folder):
-    receiver = Receiver(folder)
+def whole_recipe(folder, receiver):
     package = os.path.join(BUILD, "share", "headunit", "package")
     agents = make_agents()
     values = {"AGENTS": agents, "FOLDER": package, "/dev/ttyUSB0": receiver.port}
@@ -98,28 +100,27 @@ def whole_recipe(folder):
         start = address - 0x08000000
         if flash[start:start + len(content)] != content:
             fail(f"{name}: the flash differs")
-    # the first bytes of what the receiver was asked to run
-    for name, line in zip(("da_array.bin", "da_array1.bin"), programs):
+    # the first bytes of what the receiver was asked to run, in the last attempt
+    for name, line in zip(("da_array.bin", "da_array1.bin"), programs[-2:], strict=True):
         with open(os.path.join(agents, name), "rb") as file:
             if file.read(16).hex(" ") not in line:
                 fail(f"{name} was not loaded but: {line}")
-    if len(programs) != 2:
-        fail(f"two programs were loaded: {programs}")
 
 
-def without_agents(folder):
+def without_agents(_, receiver):
     """The same with what the tree carries is refused."""
-    receiver = Receiver(folder)
     words = ["--flash", "--uart", receiver.port]
     bench = os.path.join(BUILD, "bin", "testmode-bench")
     environment = dict(os.environ, LD_PRELOAD=REALPORT, REAL_PORT=receiver.port)
     outcome = subprocess.run([bench, *words], env=environment, capture_output=True, text=True)
-    receiver.flash()
     if outcome.returncode != 3 or "da_array.bin" not in outcome.stderr:
         fail(f"stand-ins: status {outcome.returncode}, {outcome.stderr}")
 
 
-with tempfile.TemporaryDirectory(dir=FOLDER) as place:
-    whole_recipe(place)
-with tempfile.TemporaryDirectory(dir=FOLDER) as place:
-    without_agents(place)
+for part in (whole_recipe, without_agents):
+    with tempfile.TemporaryDirectory(dir=FOLDER) as place:
+        simulated = Receiver(place)
+        try:
+            part(place, simulated)
+        finally:
+            simulated.end()
