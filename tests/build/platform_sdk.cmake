@@ -1,7 +1,7 @@
 # A build for a real unit: configures with an SDK in place of platform/, has nothing of the bench
 # in it, and compiles the source that includes the most of the SDK's headers, and those that need a
 # value of an enumeration whose names are the SDK's own.
-# cmake -DSOURCE_DIR=... -DWORK_DIR=... -DSERVICES=... -P platform_sdk.cmake
+# cmake -DSOURCE_DIR=... -DWORK_DIR=... -DSERVICES=... -DTOOLCHAIN=... -P platform_sdk.cmake
 
 file(REMOVE_RECURSE ${WORK_DIR})
 
@@ -39,6 +39,7 @@ endfunction()
 
 set(build ${WORK_DIR}/build)
 run(${CMAKE_COMMAND} -G Ninja -S ${SOURCE_DIR} -B ${build}
+  -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}
   -DTESTMODE_PLATFORM_SDK=${sdk}
   -DTESTMODE_PLATFORM_LIBRARIES=headunit_services
   -DTESTMODE_AGENT_DIR=${WORK_DIR}/agents)

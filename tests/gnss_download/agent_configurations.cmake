@@ -1,5 +1,5 @@
 # Configurations that must stop, each with a message that tells what is wrong:
-# cmake -DSOURCE_DIR=... -DWORK_DIR=... -DGENERATOR=... -P agent_configurations.cmake
+# cmake -DSOURCE_DIR=... -DWORK_DIR=... -DGENERATOR=... -DTOOLCHAIN=... -P agent_configurations.cmake
 
 set(stand_ins ${SOURCE_DIR}/gnss_download/stand_in_agents)
 
@@ -7,7 +7,8 @@ set(stand_ins ${SOURCE_DIR}/gnss_download/stand_in_agents)
 function(expect_stop name arguments)
   file(REMOVE_RECURSE ${WORK_DIR}/${name}-build)
   execute_process(
-    COMMAND ${CMAKE_COMMAND} -G ${GENERATOR} -S ${SOURCE_DIR} -B ${WORK_DIR}/${name}-build ${arguments}
+    COMMAND ${CMAKE_COMMAND} -G ${GENERATOR} -S ${SOURCE_DIR} -B ${WORK_DIR}/${name}-build
+      -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} ${arguments}
     RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   # The messages are wrapped and indented.
   string(REGEX REPLACE "[ \n]+" " " output "${output}")

@@ -1,0 +1,98 @@
+"""Updates over /dev/ttyS4: a UART and its driver in the machine, the receiver on this PC."""
+from .receiver import Package
+from .steps import expect
+
+# Through the update page without "Check": the port opens at the download's own rate.
+UNCHECKED = """\
+ui.click object=key_gps_update
+ui.click object=pushButton_2
+ui.click object=pushButton_3
+ui.wait object=pushButton_3 property=enabled value=true timeout_ms=120000
+ui.state object=textBrowser
+"""
+
+# Well within the second image.
+SOME_PACKETS = 40
+
+# A line that has gone is noticed by the time-outs of the dialogue.
+PATIENCE = 60
+
+
+class Updates:
+    """The checks with one receiver, in one machine or another."""
+
+    def __init__(self, tree, results, receiver):
+        self.results = results
+        self.receiver = receiver
+        self.programs = tree / "build/armhf/bin"
+        self.sample = tree / "build/armhf/share/headunit/package"
+        self.helper = tree / "script/arm/guest/bench-calls"
+
+    def prepare_line(self, machine):
+        """The kernel takes the UART's clock for the usual slow one until it is told."""
+        machine.run("setserial /dev/ttyS4 baud_base 921600", 20)
+        seen = machine.run("setserial -G /dev/ttyS4", 20)
+        expect("uart 16550A" in seen and "baud_base 921600" in seen, seen)
+        return " ".join(seen.split())
+
+    def _options(self, package):
+        return ["--uart", "/dev/ttyS4", "--package", f"/results/{package.folder.name}"]
+
+    def _flash(self, machine, package):
+        """Presses "Check" on its way: the port opens at 115200."""
+        return machine.start([self.programs / "testmode-bench", "--flash",
+                              *self._options(package), "--log", "/results/flash.trace"], 180)
+
+    def _new_package(self):
+        self.receiver.mark()
+        return Package(self.sample, self.results)
+
+    def _succeeded(self, job, package, opened_at):
+        expect(job.wait() == 0, f"ended with {job.status}: {job.said()[-300:]}")
+        missing = self.receiver.missing(package)
+        expect(not missing, f"the flash differs in {', '.join(missing)}")
+        rates = self.receiver.rates()
+        expect(rates["sync"] == {opened_at}, f"opened at {rates['sync']}, not {opened_at}")
+        for step in ("line-check", "load-stage-2", "packet"):
+            expect(rates[step] == {921600}, f"{step} at {rates[step]}, not 921600")
+        state = self.receiver.call("receiver.state")
+        expect(not state["anomalies"], f"the receiver saw {state['anomalies'][:3]}")
+        return (f"opened at {opened_at}, images at {state['host_baud']} baud, "
+                f"{state['image_bytes_per_second']:.0f} bytes/s; all four equal in the flash")
+
+    def unchecked(self, machine):
+        """Opens at the rate that it downloads with."""
+        package = self._new_package()
+        (self.results / "unchecked.calls").write_text(UNCHECKED, encoding="utf-8")
+        job = machine.start([self.helper, self.programs, "/results/unchecked.calls",
+                             *self._options(package)], 180)
+        seen = self._succeeded(job, package, 921600)
+        expect("succed" in job.said(), f"the page says: {job.said()[-300:]}")
+        return seen
+
+    def checked(self, machine):
+        """Opens at 115200 and switches."""
+        package = self._new_package()
+        return self._succeeded(self._flash(machine, package), package, 115200)
+
+    def line_pulled(self, machine):
+        """The line goes in mid-update: the update ends by itself and says so."""
+        package = self._new_package()
+        job = self._flash(machine, package)
+        self.receiver.await_packets(SOME_PACKETS)
+        machine.pull_line()
+        status = job.wait()
+        machine.plug_line()
+        expect(status == 1, f"ended with {status}: {job.said()[-300:]}")
+        expect(self.receiver.missing(package), "the flash is complete all the same")
+        return f"{job.said().strip().splitlines()[-1].strip()}"
+
+    def power_cut(self, machine):
+        """The machine goes in mid-update: an image is left half written."""
+        package = self._new_package()
+        self._flash(machine, package)
+        self.receiver.await_packets(SOME_PACKETS)
+        machine.cut_power()
+        missing = self.receiver.missing(package)
+        expect(missing, "the flash is complete all the same")
+        return f"not complete in the flash: {', '.join(missing)}"
