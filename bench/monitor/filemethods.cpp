@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QtEndian>
 
 namespace bench {
 
@@ -12,9 +11,6 @@ namespace {
 
 // An answer must fit a line of the monitor, in base64.
 constexpr qint64 kFileBytes = 512LL * 1024;
-
-constexpr char kMemory[] = "/dev/mem";
-constexpr quint32 kWordBytes = 4;
 
 Parameter path()
 {
@@ -101,44 +97,6 @@ QJsonObject removeFile(const Arguments &arguments)
     return {};
 }
 
-// Opens the memory at the word.
-void openMemory(QFile *file, quint32 address, QIODevice::OpenMode mode)
-{
-    if (address % kWordBytes != 0)
-        throw CallError(ErrorClass::Argument,
-                        QStringLiteral("address is not a multiple of %1").arg(kWordBytes));
-    open(file, mode | QIODevice::ExistingOnly);
-    if (qint64(address) + kWordBytes > file->size())
-        throw CallError(
-            ErrorClass::Argument,
-            QStringLiteral("address lies beyond the memory, which has %1 bytes").arg(file->size()));
-    if (!file->seek(address))
-        fail("seek in", *file);
-}
-
-QJsonObject readMemory(const Arguments &arguments)
-{
-    QFile file(kMemory);
-    openMemory(&file, arguments.address("address"), QIODevice::ReadOnly);
-    const QByteArray bytes = file.read(kWordBytes);
-    if (bytes.size() != int(kWordBytes))
-        fail("read", file);
-    const quint32 word = qFromLittleEndian<quint32>(bytes.constData());
-    return {{"value", double(word)},
-            {"hex", QStringLiteral("0x%1").arg(word, 8, 16, QLatin1Char('0'))}};
-}
-
-QJsonObject writeMemory(const Arguments &arguments)
-{
-    QFile file(kMemory);
-    openMemory(&file, arguments.address("address"), QIODevice::ReadWrite);
-    char bytes[kWordBytes];
-    qToLittleEndian(arguments.address("value"), bytes);
-    if (file.write(bytes, kWordBytes) != kWordBytes)
-        fail("write", file);
-    return {};
-}
-
 } // namespace
 
 void addFileMethods(Dispatcher *dispatcher)
@@ -156,17 +114,6 @@ void addFileMethods(Dispatcher *dispatcher)
                      direct(writeFile)});
     dispatcher->add(
         {"unit.file.remove", {path()}, "Removes a file", "path=/var/ipt.log", direct(removeFile)});
-    dispatcher->add({"unit.memory.read",
-                     {required("address", ParameterType::Address, "of a 32-bit word")},
-                     "A word of the physical memory",
-                     "address=0x9C000000",
-                     direct(readMemory)});
-    dispatcher->add({"unit.memory.write",
-                     {required("address", ParameterType::Address, "of a 32-bit word"),
-                      required("value", ParameterType::Address, "the word")},
-                     "Writes a word of the physical memory",
-                     "address=0x9C000000 value=0x1",
-                     direct(writeMemory)});
 }
 
 } // namespace bench

@@ -24,6 +24,7 @@ std::unique_ptr<Dispatcher> makeDispatcher(const Bench &bench, UnitDocument *doc
     addUnitMethods(dispatcher.get(), document);
     addJournalMethods(dispatcher.get());
     addFileMethods(dispatcher.get());
+    addMemoryMethods(dispatcher.get());
     addTraceMethods(dispatcher.get(), bench.trace);
     addReceiverMethods(dispatcher.get(), document, bench.receiver);
     return dispatcher;

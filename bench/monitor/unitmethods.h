@@ -9,7 +9,10 @@ class UnitDocument;
 // outlives the dispatcher.
 void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document);
 
-// unit.file.* and unit.memory.*: what the plug-in sees of the file system.
+// unit.file.*: what the plug-in sees of the file system.
 void addFileMethods(Dispatcher *dispatcher);
+
+// unit.memory.*: the physical memory that the plug-in maps.
+void addMemoryMethods(Dispatcher *dispatcher);
 
 } // namespace bench

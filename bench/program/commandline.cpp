@@ -58,6 +58,9 @@ const Option kOptions[] = {
      "the plug-in to load; default: the one built with this bench"},
     {"pictures", "DIR", [](CommandLine *o) { return &o->pictures; }, nullptr,
      "where \"Screenshot\" leaves its pictures; default: the clipboard"},
+    {"real-memory", nullptr, nullptr, [](CommandLine *o) { return &o->realMemory; },
+     "the PHY page reads and writes the machine's own /dev/mem; only\n"
+     "where the kernel was started with the word testmode.real_memory"},
     {"full-speed", nullptr, nullptr, [](CommandLine *o) { return &o->fullSpeed; },
      "the receiver answers at once instead of at the line's rate"},
     {"trace", nullptr, nullptr, [](CommandLine *o) { return &o->trace; },

@@ -22,6 +22,7 @@ struct CommandLine
     std::vector<std::string> uarts; // real serial devices in place of the simulated receiver
     bool standIns = false;          // the real receiver is a simulated one after all
     bool flash = false;             // update the receiver, then end
+    bool realMemory = false;        // the plug-in gets at the machine's own /dev/mem
     bool fullSpeed = false;         // the receiver answers without keeping to the line rate
     bool trace = false;             // the plug-in's trace goes to standard error
     bool help = false;

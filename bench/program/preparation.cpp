@@ -4,11 +4,14 @@
 #include "bench/serial/resetline.h"
 #include "bench/serial/serialdevice.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include <fcntl.h>
@@ -29,6 +32,9 @@ constexpr const char *kOwnFolders[] = {"/", "/run", "/var", "/media"};
 constexpr const char *kOwnTrees[] = {"/dev",          "/proc",       "/sys",
                                      "/run/unit",     "/run/lock",   "/media/flash",
                                      "/media/update", "/media/usb0", "/media/usb1"};
+
+// What the command line of a kernel says where nobody else uses the registers' memory.
+constexpr char kRealMemoryWord[] = "testmode.real_memory";
 
 // Prefix of the words about one option.
 std::string about(const char *option, const std::string &path)
@@ -191,6 +197,19 @@ std::string realReceiver(const CommandLine &options)
     if (!line)
         return "--reset " + options.reset + ": " + trouble;
     line->bequeath();
+    return trouble;
+}
+
+// An option is typed by mistake, a kernel is not started so: both together are meant.
+std::string realMemory()
+{
+    std::ifstream words("/proc/cmdline");
+    const std::istream_iterator<std::string> end;
+    if (std::find(std::istream_iterator<std::string>(words), end, kRealMemoryWord) == end)
+        return std::string("--real-memory: this kernel was not started with the word ")
+            + kRealMemoryWord + ", so /dev/mem may be in use; leave the option out";
+    if (::access("/dev/mem", R_OK | W_OK) != 0)
+        return "--real-memory: /dev/mem may not be read and written; run the bench as root";
     return std::string();
 }
 
@@ -224,6 +243,8 @@ std::string checkInputs(const CommandLine &options)
         trouble = readableFile("unit", options.unit, "name a file with the unit's state");
     if (trouble.empty() && !options.uarts.empty())
         trouble = realReceiver(options);
+    if (trouble.empty() && options.realMemory)
+        trouble = realMemory();
     if (trouble.empty() && !options.monitor.empty())
         trouble = socketPath(options.monitor);
     if (trouble.empty() && !options.tour.empty())
@@ -255,6 +276,7 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
         return false;
 
     layout->supervised = true;
+    layout->realMemory = options->realMemory;
     layout->uart = options->uart();
     layout->readOnly.push_back({options->plugin, options->plugin});
     if (!options->unit.empty())

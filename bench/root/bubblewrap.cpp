@@ -110,6 +110,8 @@ Words rootCommand(const RootLayout &layout)
         add(&words, {"--ro-bind", mount.source, mount.target});
     if (!layout.uart.empty())
         add(&words, {"--dev-bind", layout.uart, "/dev/ttyS4"});
+    if (layout.realMemory)
+        add(&words, {"--dev-bind", "/dev/mem", "/dev/mem"});
     const char *path = std::getenv("PATH");
     add(&words,
         {"--setenv", "PATH",

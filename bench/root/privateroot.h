@@ -20,6 +20,7 @@ struct RootLayout
     std::vector<Mount> readOnly;       // files and folders shown elsewhere: disks, the package
     size_t flashBytes = 0;             // what /media/flash holds at most; 0: as much as memory
     std::string uart;                  // a serial device to show as /dev/ttyS4; empty: none
+    bool realMemory = false;           // shows the machine's own /dev/mem, not a file in its place
 
     // True: this process stays outside and looks after the program inside, which learns
     // of SIGINT, SIGTERM and SIGHUP through stopDescriptor(). False: it becomes the root.

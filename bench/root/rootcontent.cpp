@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace bench {
@@ -38,6 +39,9 @@ void makeFile(const std::string &path, const char *text)
 
 void makeMemory(const std::string &path)
 {
+    struct stat known = {};
+    if (::stat(path.c_str(), &known) == 0 && S_ISCHR(known.st_mode))
+        return; // the machine's own, shown because it was asked for
     const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0 || ::ftruncate(file, kMemoryBytes) != 0 || ::close(file) != 0)
         fail("make", path);

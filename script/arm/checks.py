@@ -43,16 +43,16 @@ class Unit:
         with self.receiver() as receiver:
             updates = Updates(self.tree, self.results, receiver)
             check = self.run.check
-            with self.powered(line=receiver.line) as machine:
+            with self.powered(line=receiver.line, real_memory=True) as machine:
                 self._line(machine, updates)
                 check("update that opens at 921600", 200, lambda: updates.unchecked(machine))
                 check("line pulled in mid-update", 200, lambda: updates.line_pulled(machine))
-                self._update(machine, updates)
+                check("tour on the machine's own memory", 300,
+                      lambda: tour.take_on_real_memory(machine))
                 check("power cut in mid-update", 60, lambda: updates.power_cut(machine))
             with self.powered(line=receiver.line) as machine:
                 self._line(machine, updates)
                 self._update(machine, updates)
-                self._tour(machine)
                 self._tests(machine)
 
     def _line(self, machine, updates):

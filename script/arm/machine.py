@@ -9,8 +9,8 @@ import time
 from . import children
 from .steps import Failed
 
-# The last GiB is left out of the kernel's hands: /dev/mem reaches it there, and the
-# registers of the USB PHY lie in it.
+# The rest, from 0x80000000 up, is left out of the kernel's hands: /dev/mem reaches it there, and
+# the addresses of the USB PHY's registers lie in it.
 KERNEL_MEMORY = "1024M"
 MACHINE_MEMORY = "2048"
 
@@ -45,11 +45,13 @@ class Job:
 class Machine:
     """One power-on. A context manager: its end switches the machine off, hard if need be."""
 
-    def __init__(self, disk, tree, results, line=None, extra=(), interactive=False):
+    def __init__(self, disk, tree, results, line=None, real_memory=False, extra=(),
+                 interactive=False):
         self.disk = disk
         self.tree = tree
         self.results = results
         self.line = line  # a pseudo-terminal that is the other end of /dev/ttyS4
+        self.words = "testmode.real_memory" if real_memory else ""
         self.extra = extra
         self.interactive = interactive  # the terminal is the machine's
         self.process = None
@@ -86,7 +88,7 @@ class Machine:
             "-accel", "tcg,thread=multi", "-m", MACHINE_MEMORY, "-no-reboot",
             "-nodefaults", "-display", "none",
             "-kernel", self.disk.kernel, "-initrd", self.disk.ramdisk,
-            "-append", f"console=ttyAMA0 rdinit=/init quiet panic=-1 mem={KERNEL_MEMORY}",
+            "-append", f"console=ttyAMA0 rdinit=/init quiet panic=-1 mem={KERNEL_MEMORY} {self.words}",
             "-serial", f"file:{escaped(self.results / 'console.log')}",
             # What is written to the disk is gone at power-off.
             "-drive", f"file={escaped(self.disk.image)},format=raw,if=none,id=disk,snapshot=on",

@@ -75,6 +75,7 @@ void TestUnitMethods::init()
     bench::addJournalMethods(dispatcher.get());
     bench::addTraceMethods(dispatcher.get(), &trace());
     bench::addFileMethods(dispatcher.get());
+    bench::addMemoryMethods(dispatcher.get());
 }
 
 void TestUnitMethods::cleanup()

@@ -253,8 +253,8 @@ void TestCommandLine::helpNamesEveryOption()
          {"--tour DIR",      "--monitor SOCKET", "--package DIR", "--usb0 DIR",    "--usb1 DIR",
           "--flash",         "--uart DEVICE",    "--reset LINE",  "--stand-ins",   "--attempts N",
           "--format FORMAT", "--log FILE",       "--unit FILE",   "--plugin FILE", "--pictures DIR",
-          "--full-speed",    "--trace",          "--help",        "--version",     "Examples:",
-          "Exit status:"})
+          "--real-memory",   "--full-speed",     "--trace",       "--help",        "--version",
+          "Examples:",       "Exit status:"})
         QVERIFY2(outcome.output.contains(word), word);
 }
 
@@ -322,6 +322,10 @@ void TestCommandLine::badInputIsOneLineAndAStatus_data()
     QTest::newRow("state not there")
         << QStringList{"--unit", "%1/none"} << 3
         << "--unit: %1/none is no file; name a file with the unit's state";
+    QTest::newRow("memory of a machine that is not for it")
+        << QStringList{"--real-memory"} << 3
+        << "--real-memory: this kernel was not started with the word testmode.real_memory, so "
+           "/dev/mem may be in use; leave the option out";
     QTest::newRow("plug-in not there") << QStringList{"--plugin", "%1/none"} << 3
                                        << "--plugin: %1/none is no file; name the plug-in's file";
     QTest::newRow("socket's folder not there")
