@@ -41,7 +41,10 @@ QString writeWords(const FailedStep &step)
             : QStringLiteral("the place of %1 in the flash was refused").arg(step.image);
     if (step.label == QLatin1String("DA Write Image Packets"))
         return QStringLiteral("the end of %1 was not confirmed").arg(step.image);
-    return QStringLiteral("%1 was written and its sum is another at the receiver").arg(step.image);
+    if (step.label == QLatin1String("CheckSum"))
+        return QStringLiteral("%1 was written and its sum is another at the receiver")
+            .arg(step.image);
+    return QStringLiteral("%1 was not written").arg(step.image);
 }
 
 } // namespace

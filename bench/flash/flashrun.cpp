@@ -40,11 +40,12 @@ FlashRun::FlashRun(Dispatcher *dispatcher, FlashOrder flashOrder, EventSink even
 void FlashRun::run()
 {
     clock.start();
-    log.open(QIODevice::WriteOnly | QIODevice::Append);
     report({{"kind", "start"},
             {"package", order.package},
             {"attempts", order.attempts},
             {"log", order.log}});
+    log.open(QIODevice::WriteOnly | QIODevice::Append);
+    tellOfLog();
     QString why;
     try {
         openPage();
@@ -221,6 +222,16 @@ void FlashRun::readTrace()
         more = page.value("more").toBool();
     }
     log.flush();
+    tellOfLog();
+}
+
+// A log that cannot be written (any more) is told of once; the update goes on.
+void FlashRun::tellOfLog()
+{
+    if (log.error() == QFileDevice::NoError || std::exchange(logTold, true))
+        return;
+    report({{"kind", "note"},
+            {"text", QStringLiteral("the log cannot be written: %1").arg(log.errorString())}});
 }
 
 // True when there was one. The page waits until it is answered.

@@ -60,6 +60,7 @@ private:
     void reportWhatWasTold();
     void addRate(Event *progress);
     void readTrace();
+    void tellOfLog();
     bool answerBoxes();
 
     // A call that fails ends the flash.
@@ -75,6 +76,7 @@ private:
     const EventSink sink;
     TraceReader reader;
     QFile log;
+    bool logTold = false;
     QElapsedTimer clock;
     int traceRead = 0; // lines of it
     int attempts = 0;

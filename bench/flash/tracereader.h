@@ -30,7 +30,6 @@ public:
     void tellFailure();
 
     UpdatePhase phase() const { return at; }
-    qint64 bytesWritten() const { return written; }
     qint64 bytesInAll() const;
 
 private:

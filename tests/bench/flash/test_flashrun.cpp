@@ -29,6 +29,7 @@ private slots:
     void wholeTraceIsInTheLog();
     void failedStepIsToldInWords();
     void nextAttemptBeginsAtTheReset();
+    void boxOfThePageIsAnsweredAndTold();
     void updateThatIsWritingIsFinishedWhenToldToEnd();
     void silentReceiverIsLeftWhenToldToEnd();
     void updateGoesOnThoughNobodyReads();
@@ -148,6 +149,22 @@ void TestFlashRun::nextAttemptBeginsAtTheReset()
     QCOMPARE(with("phase", "reset", outcome.events("phase")).size(), attempts);
     QCOMPARE(outcome.events("result").size(), 1);
     QCOMPARE(outcome.events("result").first().value("attempts").toInt(), attempts);
+}
+
+void TestFlashRun::boxOfThePageIsAnsweredAndTold()
+{
+    QVERIFY(QFile::resize(path("package/gnss_demo.bin"), 1LL << 30)); // more than any flash holds
+    const Outcome outcome = flash();
+    QCOMPARE(outcome.errors, QByteArray());
+    QCOMPARE(outcome.status, 1);
+    const QString text = QString::fromUtf8(outcome.output);
+    QVERIFY2(text.contains("the page says: Not open app_file! (a file of the package cannot be "
+                           "read)\n"),
+             outcome.output.constData());
+    QVERIFY2(text.contains("FAILED: the page cannot read the package\n"),
+             outcome.output.constData());
+    QVERIFY2(text.endsWith(" s  NOT flashed\n"), outcome.output.constData());
+    QVERIFY(!text.contains("opening the port"));
 }
 
 void TestFlashRun::updateThatIsWritingIsFinishedWhenToldToEnd()

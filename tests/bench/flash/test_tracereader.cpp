@@ -39,6 +39,7 @@ private slots:
     void whatDecidesNothingIsNoFailure();
     void packetThatIsRefusedWithoutEndIsToldOnce();
     void portThatDoesNotOpen();
+    void imageThatIsNotBegun();
     void attemptBeginsWithoutThePast();
     void failureWithoutAStepIsTold();
 
@@ -243,6 +244,18 @@ void TestTraceReader::portThatDoesNotOpen()
     QCOMPARE(failures.first().value("phase").toString(), QString("open"));
     QCOMPARE(failures.first().value("text").toString(), QString("the port could not be opened"));
     QCOMPARE(failures.first().value("said").toString(), QString());
+}
+
+void TestTraceReader::imageThatIsNotBegun()
+{
+    TraceReader reader([this](const Event &event) { events << event; });
+    events.clear();
+    reader.read("Start Download Image (gnss_demo.bin)");
+    reader.read("hdl_da_download fail, invalid parameter");
+    reader.read("hdl_da_download fail");
+    reader.tellFailure();
+    QCOMPARE(ofKind("failure", events).first().value("text").toString(),
+             QString("gnss_demo.bin was not written"));
 }
 
 void TestTraceReader::attemptBeginsWithoutThePast()
