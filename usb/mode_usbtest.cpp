@@ -44,7 +44,7 @@ void run(const std::string &command)
 // The host controllers of ports 0 to 2 are numbered 1 to 3.
 void switchSpeed(int port, const char *state)
 {
-    if (port < 0 || port >= usbphy::kPorts)
+    if (port < 0 || port >= usbphy::kPorts) // never: the buttons choose among the three
         return;
     run(std::string("echo ") + state + " > /sys/devices/platform/ehci-platform."
         + std::to_string(port + 1) + "/usb_speed_switch");
@@ -238,7 +238,7 @@ void SetupUsbTest::changeTestMode()
 void SetupUsbTest::openIICDebug()
 {
     DBG << "open iic debug." << port;
-    if (port < 0 || port >= usbphy::kPorts)
+    if (port < 0 || port >= usbphy::kPorts) // never: the buttons choose among the three
         return;
     writeRegister(usbphy::debugEnable(port), 1);
     writeRegister(usbphy::testMode(port), 7);
