@@ -18,14 +18,14 @@ const char kStagedPackage[] = "/media/flash/nvm/gps.bin";
 
 } // namespace
 
-// A full flash takes the open and refuses the bytes, at the latest when they are flushed or closed.
+// A full flash takes the open and refuses the bytes, some only when they are flushed by the close.
 bool writeMarker()
 {
     QFile marker(QString::fromLatin1(kMarker));
     if (!marker.open(QIODevice::WriteOnly))
         return false;
     const qint64 bytes = qstrlen(kMarkerText);
-    const bool written = marker.write(kMarkerText, bytes) == bytes && marker.flush();
+    const bool written = marker.write(kMarkerText, bytes) == bytes;
     marker.close();
     return written && marker.error() == QFileDevice::NoError;
 }
