@@ -199,8 +199,9 @@ void TestMainWindow::destructorLeavesThePageHostToTheFramework()
     window->onCreate();
     // Once, and when the window's own destructor is over: what is left of it is the framework's.
     QStringList left;
+    const cm::BaseWindow *frameworks = window;
     connect(host, &QObject::destroyed, this,
-            [&left, window] { left << window->metaObject()->className(); });
+            [&left, frameworks] { left << frameworks->metaObject()->className(); });
     delete window;
     QVERIFY(host.isNull());
     QCOMPARE(left, QStringList{"cm::BaseWindow"});
