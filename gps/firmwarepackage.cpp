@@ -21,7 +21,7 @@ namespace {
 
 // Far above the receiver's flash of 4 MiB: only what can be no image is turned away, because a read
 // of it could take all of the framework's memory.
-constexpr qint64 kLargestFile = 32 * 1024 * 1024;
+constexpr qint64 kLargestFile = qint64(32) * 1024 * 1024;
 constexpr int kBlockBytes = 64 * 1024;
 
 // One image of a package, in the order in which a package is read: what the user is told and what
