@@ -8,7 +8,7 @@
 
 namespace gpsservice {
 
-// Client of the GNSS service. Lives in the GUI thread and emits there.
+// Client of the GNSS service. Called in the GUI thread; may emit in one of its own.
 class PLATFORM_API GpsService : public QObject
 {
     Q_OBJECT
