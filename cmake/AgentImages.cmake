@@ -7,15 +7,15 @@
 #
 # The default folder holds stand-ins: readable text that the bench's receiver
 # accepts and no real one would. A build for a real unit refuses them.
-# Sets TESTMODE_AGENT_FILES to the three paths.
+# Sets TESTMODE_AGENT_FILES to the three paths, and TESTMODE_STAND_INS to the default folder.
 
-set(stand_ins "${CMAKE_CURRENT_LIST_DIR}/../gnss_download/stand_in_agents")
-get_filename_component(stand_ins "${stand_ins}" REALPATH)
-set(TESTMODE_AGENT_DIR "${stand_ins}" CACHE PATH
+get_filename_component(TESTMODE_STAND_INS
+  "${CMAKE_CURRENT_LIST_DIR}/../gnss_download/stand_in_agents" REALPATH)
+set(TESTMODE_AGENT_DIR "${TESTMODE_STAND_INS}" CACHE PATH
     "Folder with the receiver's agent images: da_array.bin, da_array1.bin, slave_da_array.bin")
 
 get_filename_component(agent_dir "${TESTMODE_AGENT_DIR}" REALPATH)
-if(TESTMODE_PLATFORM_SDK AND agent_dir STREQUAL stand_ins)
+if(TESTMODE_PLATFORM_SDK AND agent_dir STREQUAL TESTMODE_STAND_INS)
   message(FATAL_ERROR "TESTMODE_PLATFORM_SDK is set: a build for a real unit needs "
     "TESTMODE_AGENT_DIR, the folder with the agent images of the receiver's vendor")
 endif()

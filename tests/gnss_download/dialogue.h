@@ -56,7 +56,7 @@ private:
 // Bytes from their written form.
 QByteArray bytesOf(const QString &text);
 
-// Folder of the dialogues and of the agent images that the build was given.
+// A file of dialogues, and a stand-in of an agent image: the dialogues are made of those.
 QString fixture(const QString &name);
 QByteArray agentFile(const QString &name);
 

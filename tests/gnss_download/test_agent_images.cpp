@@ -4,7 +4,9 @@
 #include "gnss_download/download_agent_protocol.h"
 #include "tests/support/unittest.h"
 
-// The agent images that the build carries.
+#include <QFile>
+
+// The agent images: in the tests the stand-ins, in the plug-in those that the build was given.
 class TestAgentImages : public tests::UnitTest
 {
     Q_OBJECT
@@ -12,6 +14,8 @@ class TestAgentImages : public tests::UnitTest
 private slots:
     void arraysHoldTheirFiles_data();
     void arraysHoldTheirFiles();
+    void moduleCarriesWhatTheBuildWasGiven_data();
+    void moduleCarriesWhatTheBuildWasGiven();
     void arraysCanBeWritten();
     void parameterBlockIsAsItGoesOut();
     void standInsSayWhatTheyAre_data();
@@ -42,6 +46,26 @@ void TestAgentImages::arraysHoldTheirFiles()
     QFETCH(int, size);
     QCOMPARE(array.size(), size);
     QCOMPARE(array, tests::agentFile(QTest::currentDataTag()));
+}
+
+void TestAgentImages::moduleCarriesWhatTheBuildWasGiven_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("da_array") << 2458;
+    QTest::newRow("da_array1") << 39148;
+    QTest::newRow("slave_da_array") << 27103;
+}
+
+void TestAgentImages::moduleCarriesWhatTheBuildWasGiven()
+{
+    QFETCH(int, size);
+    QFile module(TESTMODE_MODULE);
+    QVERIFY(module.open(QIODevice::ReadOnly));
+    QFile given(QStringLiteral(TESTMODE_GIVEN_AGENTS "/%1.bin").arg(QTest::currentDataTag()));
+    QVERIFY(given.open(QIODevice::ReadOnly));
+    const QByteArray image = given.readAll();
+    QCOMPARE(image.size(), size);
+    QVERIFY(module.readAll().contains(image));
 }
 
 void TestAgentImages::arraysCanBeWritten()
