@@ -75,7 +75,9 @@ void TestTransportEnds::closedPortIsLeftAtOnce()
         for (int i = 0; i < 10; ++i)
             port.serial_getbyte(&byte, 30000);
     });
-    QCOMPARE(clock.milliseconds() - before, 10 * 20); // some polls each
+    // Some polls each, the first of them perhaps of a port that is not closed yet.
+    QVERIFY2(clock.milliseconds() - before <= 10 * 20,
+             qPrintable(QString::number(clock.milliseconds() - before)));
 }
 
 void TestTransportEnds::answersAreReadMeanwhile()
