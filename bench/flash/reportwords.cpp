@@ -34,7 +34,7 @@ QString resultLine(const Event &result)
 {
     const int attempts = result.value("attempts").toInt();
     const bool ok = result.value("ok").toBool();
-    const QString line = ok ? QStringLiteral("succeeded") : QStringLiteral("NOT flashed");
+    QString line = ok ? QStringLiteral("succeeded") : QStringLiteral("NOT flashed");
     if (attempts < 2)
         return line;
     return line

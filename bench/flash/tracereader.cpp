@@ -172,7 +172,7 @@ void TraceReader::echoIsRead(const QStringList &words)
 // Some exchanges have no line of their own; their first byte tells them.
 void TraceReader::byteIsSent(const QStringList &words)
 {
-    const QString byte = words.at(0);
+    const QString &byte = words.at(0);
     if (at == UpdatePhase::Sync && byte == QLatin1String("D0")) // goes on though nothing answered
         at = UpdatePhase::Identify;
     else if (at == UpdatePhase::Identify && byte == QLatin1String("D8"))
@@ -299,7 +299,7 @@ void TraceReader::packetIsWritten()
 
 void TraceReader::stepFailed(const QStringList &words)
 {
-    const QString label = words.at(0);
+    const QString &label = words.at(0);
     if (at == UpdatePhase::Identify && !chipAsked)
         return; // a register that could not be read changes nothing
     if (at <= UpdatePhase::Open) {

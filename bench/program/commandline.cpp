@@ -177,7 +177,7 @@ std::vector<std::string> commandLineWords(const CommandLine &options)
                 words.push_back(name);
         } else if (entry.list != nullptr) {
             for (const std::string &value : *entry.list(&copy))
-                words.push_back(name + "=" + value);
+                words.emplace_back(name).append("=").append(value);
         } else if (!entry.text(&copy)->empty()) {
             words.push_back(name + "=" + *entry.text(&copy));
         }
