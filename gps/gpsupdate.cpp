@@ -14,6 +14,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QPixmap>
+#include <QTextDocument>
 #include <QThread>
 
 #include <algorithm>
@@ -29,6 +30,9 @@ const char kPort[] = "/dev/ttyS4";
 const char kDownloadBaudRate[] = "921600";
 const char kPersistentUpdateMode[] = "GPS_UPDATE";
 constexpr int kLogPointSize = 12;
+
+// Lines of the log that are kept, three an update: a page that stays for weeks must not grow.
+constexpr int kLogLines = 600;
 
 // The receiver's among the unit's kinds of update package.
 constexpr auto kGnssPackage = static_cast<McuManager::UpdateFile>(7);
@@ -65,6 +69,7 @@ gpsupdate::gpsupdate(QWidget *parent)
     if (br.isEmpty())
         br.append(QLatin1String(kDownloadBaudRate));
     ui->textBrowser->setFontPointSize(kLogPointSize);
+    ui->textBrowser->document()->setMaximumBlockCount(kLogLines);
 
     qRegisterMetaType<uint8_t>("uint8_t");
     qRegisterMetaType<uint16_t>("uint16_t");

@@ -128,6 +128,7 @@ private slots:
     void messageBoxStandsBeforeThePage();
     void pageMayGoWhileAMessageIsOpen();
     void progressBytesAreIgnored();
+    void logKeepsItsLastLines();
     void olderCompletionSlot();
 };
 
@@ -695,6 +696,17 @@ void TestGpsUpdate::progressBytesAreIgnored()
     page.show_log("bytes");
     QCOMPARE(part<QTextBrowser>(page, "textBrowser")->toPlainText(), QString());
     QCOMPARE(trace().lines(), QStringList());
+}
+
+void TestGpsUpdate::logKeepsItsLastLines()
+{
+    gpsupdate page;
+    for (int i = 1; i <= 650; ++i)
+        page.show_reset_result(QString::number(i));
+    const QStringList lines = part<QTextBrowser>(page, "textBrowser")->toPlainText().split('\n');
+    QCOMPARE(lines.size(), 600);
+    QVERIFY(lines.first().startsWith("51: reset succed"));
+    QVERIFY(lines.last().startsWith("650: reset succed"));
 }
 
 void TestGpsUpdate::olderCompletionSlot()
