@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QFont>
+#include <QString>
+
+class ColorGroup
+{
+public:
+    static void setFontColor(QFont &, QString, int, int);
+};

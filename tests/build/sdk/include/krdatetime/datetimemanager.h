@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QDateTime>
+
+namespace krdatetime {
+
+class DateTimeManager
+{
+public:
+    static DateTimeManager *instance();
+    QDateTime currentDateTime(int);
+};
+
+} // namespace krdatetime
