@@ -36,6 +36,7 @@ QJsonObject readJournal(const Arguments &arguments)
     bool more = false;
     QJsonArray entries;
     const QVector<JournalEntry> found = journal().entries(last);
+    const int gone = found.isEmpty() ? 0 : found.first().number - last - 1;
     for (const JournalEntry &entry : found) {
         const QJsonObject row = toJson(entry);
         bytes += bytesOf(row);
@@ -45,7 +46,7 @@ QJsonObject readJournal(const Arguments &arguments)
         entries.append(row);
         last = entry.number;
     }
-    return {{"entries", entries}, {"next", last}, {"more", more}};
+    return {{"entries", entries}, {"gone", gone}, {"next", last}, {"more", more}};
 }
 
 QJsonObject readTrace(const TraceLog &trace, int since)
@@ -53,7 +54,8 @@ QJsonObject readTrace(const TraceLog &trace, int since)
     int bytes = 0;
     bool more = false;
     QJsonArray lines;
-    const QStringList found = trace.lines(since);
+    int gone = 0;
+    const QStringList found = trace.lines(since, &gone);
     for (const QString &line : found) {
         bytes += line.size() * 3; // UTF-8 at its longest
         more = bytes > kAnswerBytes && !lines.isEmpty();
@@ -61,7 +63,8 @@ QJsonObject readTrace(const TraceLog &trace, int since)
             break;
         lines.append(line);
     }
-    return {{"lines", lines}, {"next", since + lines.size()}, {"more", more}};
+    return {
+        {"lines", lines}, {"gone", gone}, {"next", since + gone + lines.size()}, {"more", more}};
 }
 
 } // namespace

@@ -89,6 +89,7 @@ QJsonObject dialogue(const Receiver &receiver, int since)
     bool more = false;
     QJsonArray lines;
     const QVector<DialogueLine> found = receiver.dialogue(since);
+    const int gone = found.isEmpty() ? 0 : found.first().number - since - 1;
     for (const DialogueLine &line : found) {
         const QString text = line.text();
         bytes += text.size() + 3; // quotes and comma; the words are plain ASCII
@@ -98,7 +99,7 @@ QJsonObject dialogue(const Receiver &receiver, int since)
         lines.append(text);
         last = line.number;
     }
-    return {{"lines", lines}, {"next", last}, {"more", more}};
+    return {{"lines", lines}, {"gone", gone}, {"next", last}, {"more", more}};
 }
 
 QJsonObject flash(const Receiver &receiver, const Arguments &arguments)

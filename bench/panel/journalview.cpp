@@ -8,7 +8,7 @@ namespace bench {
 
 namespace {
 
-constexpr int kLines = 2000; // kept on screen; the journal itself keeps all
+constexpr int kLines = 2000; // kept on screen; the journal itself keeps more
 constexpr int kPauseMilliseconds = 150;
 
 } // namespace

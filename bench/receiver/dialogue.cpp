@@ -1,7 +1,5 @@
 #include "dialogue.h"
 
-#include <algorithm>
-
 namespace bench {
 
 QString DialogueLine::text() const
@@ -27,25 +25,20 @@ void Dialogue::add(DialogueLine line)
     line.length = line.bytes.size();
     line.bytes.truncate(kShownBytes);
     const QMutexLocker lock(&mutex);
-    line.number = ++lastNumber;
-    if (list.size() >= kLongest)
-        list.remove(0, kLongest / 10); // a tenth at once: removing at the front moves the rest
-    list.append(line);
+    line.number = log.lastNumber() + 1;
+    log.append(line);
 }
 
 QVector<DialogueLine> Dialogue::lines(int since) const
 {
     const QMutexLocker lock(&mutex);
-    const auto first = std::find_if(list.begin(), list.end(), [since](const DialogueLine &line) {
-        return line.number > since;
-    });
-    return QVector<DialogueLine>(first, list.end());
+    return log.after(since);
 }
 
 void Dialogue::clear()
 {
     const QMutexLocker lock(&mutex);
-    list.clear();
+    log.clear();
 }
 
 } // namespace chip

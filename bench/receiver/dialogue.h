@@ -2,6 +2,8 @@
 
 #include "receiverstate.h"
 
+#include "bench/unit/numberedlog.h"
+
 #include <QMutex>
 
 namespace bench::chip {
@@ -10,7 +12,6 @@ namespace bench::chip {
 class Dialogue
 {
 public:
-    static constexpr int kLongest = 20000; // lines that are kept
     static constexpr int kShownBytes = 64; // of a frame
 
     // Numbers the line and keeps the beginning of its bytes; `line.length` is filled in.
@@ -21,8 +22,7 @@ public:
 
 private:
     mutable QMutex mutex;
-    QVector<DialogueLine> list;
-    int lastNumber = 0;
+    NumberedLog<DialogueLine> log;
 };
 
 } // namespace bench::chip

@@ -56,7 +56,7 @@ public:
     QByteArray wholeFlash() const;
     bool setFlash(const QByteArray &content);
 
-    // Lines with a number above `since`; the last 20000 are kept.
+    // Lines with a number above `since`, as far as they are kept.
     QVector<DialogueLine> dialogue(int since = 0) const;
 
 signals:

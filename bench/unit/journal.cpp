@@ -6,10 +6,6 @@ namespace bench {
 
 namespace {
 
-// A bench that runs for days must not grow for days; dropped in lumps, which costs less.
-constexpr int kEntriesKept = 100000;
-constexpr int kEntriesDropped = 10000;
-
 QString argumentText(const QJsonValue &value)
 {
     const QByteArray json = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
@@ -38,14 +34,12 @@ int Journal::call(const QString &service, const QString &operation, const QJsonA
     JournalEntry entry;
     {
         const QMutexLocker lock(&mutex);
-        entry.number = list.isEmpty() ? 1 : list.last().number + 1;
+        entry.number = log.lastNumber() + 1;
         entry.elapsed = clock.elapsed();
         entry.service = service;
         entry.call = operation;
         entry.arguments = arguments;
-        list.append(entry);
-        if (list.size() > kEntriesKept + kEntriesDropped)
-            list.remove(0, kEntriesDropped);
+        log.append(entry);
     }
     emit added(entry.number);
     return entry.number;
@@ -54,23 +48,14 @@ int Journal::call(const QString &service, const QString &operation, const QJsonA
 void Journal::complete(int number, const QJsonArray &arguments)
 {
     const QMutexLocker lock(&mutex);
-    for (int i = list.size() - 1; i >= 0; --i) {
-        if (list.at(i).number == number) {
-            list[i].arguments = arguments;
-            return;
-        }
-    }
+    if (JournalEntry *entry = log.find(number))
+        entry->arguments = arguments;
 }
 
 QVector<JournalEntry> Journal::entries(int since) const
 {
     const QMutexLocker lock(&mutex);
-    QVector<JournalEntry> found;
-    for (const JournalEntry &entry : list) {
-        if (entry.number > since)
-            found.append(entry);
-    }
-    return found;
+    return log.after(since);
 }
 
 QStringList Journal::texts(int since) const
@@ -85,13 +70,13 @@ QStringList Journal::texts(int since) const
 int Journal::lastNumber() const
 {
     const QMutexLocker lock(&mutex);
-    return list.isEmpty() ? 0 : list.last().number;
+    return log.lastNumber();
 }
 
 void Journal::clear()
 {
     const QMutexLocker lock(&mutex);
-    list.clear();
+    log = {};
 }
 
 Journal &journal()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "numberedlog.h"
+
 #include "platform_api.h"
 
 #include <QElapsedTimer>
@@ -7,7 +9,6 @@
 #include <QMutex>
 #include <QObject>
 #include <QStringList>
-#include <QVector>
 
 namespace bench {
 
@@ -39,7 +40,7 @@ public:
     // Replaces the arguments of an entry that is known only later: an exit status.
     void complete(int number, const QJsonArray &arguments);
 
-    // Entries with a number above `since`; at least the last 100,000 are kept.
+    // Entries with a number above `since`, as far as they are kept.
     QVector<JournalEntry> entries(int since = 0) const;
     QStringList texts(int since = 0) const;
     int lastNumber() const;
@@ -53,7 +54,7 @@ signals:
 private:
     mutable QMutex mutex;
     QElapsedTimer clock;
-    QVector<JournalEntry> list;
+    NumberedLog<JournalEntry> log;
 };
 
 // The one journal of the process.

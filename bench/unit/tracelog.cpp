@@ -34,10 +34,10 @@ void TraceLog::handle(QtMsgType type, const QMessageLogContext &context, const Q
     {
         const QMutexLocker lock(&log->mutex);
         if (type == QtDebugMsg) {
-            log->debugLines << text;
+            log->debugLines.append(text);
             forward = !log->quiet;
         } else if (type != QtInfoMsg) {
-            log->warningLines << text;
+            log->warningLines.append(text);
         }
     }
     if (forward && log->previous)
@@ -46,10 +46,12 @@ void TraceLog::handle(QtMsgType type, const QMessageLogContext &context, const Q
         emit log->added(text);
 }
 
-QStringList TraceLog::lines(int since) const
+QStringList TraceLog::lines(int since, int *gone) const
 {
     const QMutexLocker lock(&mutex);
-    return debugLines.mid(since);
+    if (gone != nullptr)
+        *gone = debugLines.goneAfter(since);
+    return debugLines.after(since).toList();
 }
 
 QStringList TraceLog::payloads(int since) const
@@ -63,14 +65,14 @@ QStringList TraceLog::payloads(int since) const
 QStringList TraceLog::warnings() const
 {
     const QMutexLocker lock(&mutex);
-    return warningLines;
+    return warningLines.after(0).toList();
 }
 
 void TraceLog::clear()
 {
     const QMutexLocker lock(&mutex);
-    debugLines.clear();
-    warningLines.clear();
+    debugLines = {};
+    warningLines = {};
 }
 
 void TraceLog::setQuiet(bool on)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "numberedlog.h"
+
 #include "platform_api.h"
 
 #include <QMutex>
@@ -8,7 +10,7 @@
 
 namespace bench {
 
-// Keeps every message of the process, whole and in order, and hands it on to
+// Keeps the messages of the process, whole and in order, and hands each on to
 // the handler that stood before. Any thread.
 class PLATFORM_API TraceLog : public QObject
 {
@@ -19,8 +21,8 @@ public:
     explicit TraceLog(QObject *parent = nullptr);
     ~TraceLog() override;
 
-    // Debug lines after the first `since` ones.
-    QStringList lines(int since = 0) const;
+    // Debug lines with a number above `since`, as far as they are kept; `gone` is how many are not.
+    QStringList lines(int since = 0, int *gone = nullptr) const;
 
     // The payloads of lines(): what follows " -- " in the plug-in's traces, the
     // whole text of every other debug line.
@@ -42,8 +44,8 @@ private:
 
     mutable QMutex mutex;
     QtMessageHandler previous = nullptr;
-    QStringList debugLines;
-    QStringList warningLines;
+    NumberedLog<QString> debugLines;
+    NumberedLog<QString> warningLines;
     bool quiet = false;
 };
 

@@ -41,6 +41,7 @@ private slots:
     void documentRefusesFaults();
 
     void dialogueIsALineOfWordsAFrame();
+    void dialogueTellsWhatIsGone();
     void longDialogueComesInPieces();
     void flashIsReadWithItsSum();
     void flashRefuses_data();
@@ -317,7 +318,16 @@ void TestReceiverMethods::dialogueIsALineOfWordsAFrame()
     QCOMPARE(answer.value("more"), QJsonValue(false));
     QCOMPARE(
         result("receiver.dialogue", QJsonDocument(QJsonObject{{"since", lines.size()}}).toJson()),
-        QJsonObject({{"lines", QJsonArray()}, {"next", lines.size()}, {"more", false}}));
+        QJsonObject(
+            {{"lines", QJsonArray()}, {"gone", 0}, {"next", lines.size()}, {"more", false}}));
+}
+
+void TestReceiverMethods::dialogueTellsWhatIsGone()
+{
+    for (int i = 0; i < 10001; ++i) // two lines each
+        resetReceiver();
+    QCOMPARE(result("receiver.dialogue").value("gone"), QJsonValue(2));
+    QCOMPARE(result("receiver.dialogue", "{'since':2}").value("gone"), QJsonValue(0));
 }
 
 void TestReceiverMethods::longDialogueComesInPieces()

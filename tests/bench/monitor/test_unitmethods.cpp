@@ -35,9 +35,11 @@ private slots:
     void shellCommandsAreInTheJournalWhole();
     void journalGoesOnWhereItEnded();
     void longJournalComesInPieces();
+    void journalTellsWhatIsGone();
     void traceComesWhole();
     void traceGoesOnWhereItEnded();
     void longTraceComesInPieces();
+    void traceTellsWhatIsGone();
 
     void fileIsWrittenReadAndRemoved();
     void fileOfBytes();
@@ -58,6 +60,9 @@ private:
     {
         return tests::resultOf(dispatcher.get(), method, params);
     }
+    // Events from now on, a line each without their time; as long as the dispatcher.
+    const QStringList &listen();
+
     QString error(const QString &method, const QByteArray &params = "{}")
     {
         return tests::errorOf(dispatcher.get(), method, params);
@@ -183,7 +188,8 @@ void TestUnitMethods::journalGoesOnWhereItEnded()
     journal().call("A", "first");
     const QJsonValue next = result("unit.journal").value("next");
     QCOMPARE(next, QJsonValue(1));
-    QCOMPARE(result("unit.journal", "{'since':1}"), json("{'entries':[],'next':1,'more':false}"));
+    QCOMPARE(result("unit.journal", "{'since':1}"),
+             json("{'entries':[],'gone':0,'next':1,'more':false}"));
     journal().call("A", "second");
     const QJsonArray entries = result("unit.journal", "{'since':1}").value("entries").toArray();
     QCOMPARE(entries.size(), 1);
@@ -202,22 +208,34 @@ void TestUnitMethods::longJournalComesInPieces()
     QCOMPARE(answer.value("more"), QJsonValue(false));
 }
 
+void TestUnitMethods::journalTellsWhatIsGone()
+{
+    for (int i = 0; i < 20005; ++i)
+        journal().call("A", "b");
+    QJsonObject answer = result("unit.journal", "{'since':2}");
+    QCOMPARE(answer.value("gone"), QJsonValue(3));
+    QCOMPARE(answer.value("entries").toArray().first().toObject().value("n"), QJsonValue(6));
+    answer = result("unit.journal", "{'since':5}");
+    QCOMPARE(answer.value("gone"), QJsonValue(0));
+}
+
 void TestUnitMethods::traceComesWhole()
 {
     qDebug().noquote() << "[DBG] 7 void page::slot() 12 -- Größe 中";
     qDebug().noquote() << "second";
     QCOMPARE(result("trace.read"),
              json("{'lines':['[DBG] 7 void page::slot() 12 -- Größe 中','second'],'next':2,"
-                  "'more':false}"));
+                  "'gone':0,'more':false}"));
 }
 
 void TestUnitMethods::traceGoesOnWhereItEnded()
 {
     qDebug().noquote() << "first";
-    QCOMPARE(result("trace.read", "{'since':1}"), json("{'lines':[],'next':1,'more':false}"));
+    QCOMPARE(result("trace.read", "{'since':1}"),
+             json("{'lines':[],'gone':0,'next':1,'more':false}"));
     qDebug().noquote() << "second";
     QCOMPARE(result("trace.read", "{'since':1}"),
-             json("{'lines':['second'],'next':2,'more':false}"));
+             json("{'lines':['second'],'gone':0,'next':2,'more':false}"));
 }
 
 void TestUnitMethods::longTraceComesInPieces()
@@ -228,6 +246,19 @@ void TestUnitMethods::longTraceComesInPieces()
     QCOMPARE(answer.value("lines").toArray().size(), 1);
     QCOMPARE(answer.value("next"), QJsonValue(1));
     QCOMPARE(answer.value("more"), QJsonValue(true));
+}
+
+void TestUnitMethods::traceTellsWhatIsGone()
+{
+    for (int number = 1; number <= 20005; ++number)
+        qDebug().noquote() << number;
+    QCOMPARE(trace().lines().size(), 20000);
+    QJsonObject answer = result("trace.read", "{'since':2}");
+    QCOMPARE(answer.value("gone"), QJsonValue(3));
+    QCOMPARE(answer.value("lines").toArray().first(), QJsonValue("6"));
+    QCOMPARE(answer.value("next"), QJsonValue(5 + answer.value("lines").toArray().size()));
+    answer = result("trace.read", "{'since':20004}");
+    QCOMPARE(answer, json("{'lines':['20005'],'gone':0,'next':20005,'more':false}"));
 }
 
 void TestUnitMethods::fileIsWrittenReadAndRemoved()
@@ -376,16 +407,22 @@ void TestUnitMethods::memoryThatIsNotThere()
     QVERIFY(!made);
 }
 
-void TestUnitMethods::eventsTellWhatHappens()
+const QStringList &TestUnitMethods::listen()
 {
-    QStringList seen;
+    const auto seen = std::make_shared<QStringList>();
     connect(dispatcher.get(), &bench::Dispatcher::eventHappened, dispatcher.get(),
-            [&seen](const QString &name, QJsonObject params) {
+            [seen](const QString &name, QJsonObject params) {
                 params.remove("ms");
-                seen << name + ' '
+                *seen << name + ' '
                         + QString::fromUtf8(QJsonDocument(params).toJson(QJsonDocument::Compact))
                               .replace('"', '\'');
             });
+    return *seen;
+}
+
+void TestUnitMethods::eventsTellWhatHappens()
+{
+    const QStringList &seen = listen();
     unit().showPopup("Saved");
     unit().requestSystemReset(1);
     unit().requestFactoryReset();
