@@ -180,7 +180,7 @@ int Host::back()
 {
     if (window == nullptr)
         return 0;
-    const int entry = journal().call(kService, QStringLiteral("backEvent"));
+    const int entry = journal().begin(kService, QStringLiteral("backEvent"));
     const int result = window->backEvent();
     journal().complete(entry, {result});
     return result;
@@ -190,7 +190,7 @@ int Host::key(int code)
 {
     if (window == nullptr)
         return 0;
-    const int entry = journal().call(kService, QStringLiteral("keyEvent"), {code});
+    const int entry = journal().begin(kService, QStringLiteral("keyEvent"), {code});
     KeyEvent event(code);
     const int result = window->keyEvent(&event);
     journal().complete(entry, {code, result});

@@ -77,8 +77,10 @@ void addJournalMethods(Dispatcher *dispatcher)
                      "events, in order; 'more' says that 'next' asks for a rest",
                      "since=0",
                      direct(readJournal)});
-    dispatcher->addEvent("unit.journal", "an entry of the journal");
-    QObject::connect(&journal(), &Journal::added, dispatcher, [dispatcher](int number) {
+    dispatcher->addEvent("unit.journal",
+                         "an entry of the journal, when the call is over: a shell "
+                         "command comes with its status");
+    QObject::connect(&journal(), &Journal::completed, dispatcher, [dispatcher](int number) {
         const QVector<JournalEntry> entries = journal().entries(number - 1);
         if (!entries.isEmpty() && entries.first().number == number)
             emit dispatcher->eventHappened("unit.journal", toJson(entries.first()));

@@ -19,7 +19,7 @@ extern "C" __attribute__((visibility("default"))) int system(const char *command
     if (command == nullptr)
         return realSystem(command);
 
-    const int entry = bench::journal().call(QStringLiteral("shell"), QString::fromUtf8(command));
+    const int entry = bench::journal().begin(QStringLiteral("shell"), QString::fromUtf8(command));
     const int status = realSystem(command);
     bench::journal().complete(entry, {WIFEXITED(status) ? WEXITSTATUS(status) : -1});
 

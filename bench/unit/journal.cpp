@@ -31,6 +31,13 @@ Journal::Journal(QObject *parent) : QObject(parent)
 
 int Journal::call(const QString &service, const QString &operation, const QJsonArray &arguments)
 {
+    const int number = begin(service, operation, arguments);
+    emit completed(number);
+    return number;
+}
+
+int Journal::begin(const QString &service, const QString &operation, const QJsonArray &arguments)
+{
     JournalEntry entry;
     {
         const QMutexLocker lock(&mutex);
@@ -47,9 +54,14 @@ int Journal::call(const QString &service, const QString &operation, const QJsonA
 
 void Journal::complete(int number, const QJsonArray &arguments)
 {
-    const QMutexLocker lock(&mutex);
-    if (JournalEntry *entry = log.find(number))
+    {
+        const QMutexLocker lock(&mutex);
+        JournalEntry *entry = log.find(number);
+        if (entry == nullptr)
+            return;
         entry->arguments = arguments;
+    }
+    emit completed(number);
 }
 
 QVector<JournalEntry> Journal::entries(int since) const

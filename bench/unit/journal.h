@@ -37,7 +37,8 @@ public:
     // Returns the entry's number.
     int call(const QString &service, const QString &operation, const QJsonArray &arguments = {});
 
-    // Replaces the arguments of an entry that is known only later: an exit status.
+    // The same for a call of which more is known only later, when it is completed: its result.
+    int begin(const QString &service, const QString &operation, const QJsonArray &arguments = {});
     void complete(int number, const QJsonArray &arguments);
 
     // Entries with a number above `since`, as far as they are kept.
@@ -50,6 +51,7 @@ public:
 signals:
     // Emitted in the thread of the call.
     void added(int number);
+    void completed(int number); // at once, or when what was begun is over
 
 private:
     mutable QMutex mutex;

@@ -54,6 +54,8 @@ private slots:
     void memoryThatIsNotThere();
 
     void eventsTellWhatHappens();
+    void callIsToldWhenItIsOver();
+    void shellCommandIsToldWithItsStatus();
 
 private:
     QJsonObject result(const QString &method, const QByteArray &params = "{}")
@@ -434,6 +436,26 @@ void TestUnitMethods::eventsTellWhatHappens()
                           "unit.reset {'kind':'factory'}", "unit.reset {'kind':'reboot'}",
                           "unit.journal {'args':[1],'call':'b','n':1,'service':'A'}",
                           "trace.line {'line':'words'}"}));
+}
+
+void TestUnitMethods::callIsToldWhenItIsOver()
+{
+    const QStringList &seen = listen();
+    const int outer = journal().begin("framework", "backEvent");
+    journal().call("A", "within");
+    QCOMPARE(seen, QStringList({"unit.journal {'args':[],'call':'within','n':2,'service':'A'}"}));
+    journal().complete(outer, {1});
+    QCOMPARE(
+        seen.mid(1),
+        QStringList({"unit.journal {'args':[1],'call':'backEvent','n':1,'service':'framework'}"}));
+}
+
+void TestUnitMethods::shellCommandIsToldWithItsStatus()
+{
+    const QStringList &seen = listen();
+    QCOMPARE(std::system("exit 3"), 3 * 256);
+    QCOMPARE(seen,
+             QStringList({"unit.journal {'args':[3],'call':'exit 3','n':1,'service':'shell'}"}));
 }
 
 TESTMODE_TEST_MAIN(TestUnitMethods)

@@ -101,9 +101,14 @@ void TestWindowMethods::destroyedWindowIsBuiltAnew()
 void TestWindowMethods::backAnswersWithTheResult()
 {
     result("window.home");
+    QStringList told;
+    QObject context;
+    connect(&bench::journal(), &bench::Journal::completed, &context,
+            [&told](int number) { told << bench::journal().texts(number - 1).first(); });
     const int mark = bench::journal().lastNumber();
     QCOMPARE(result("window.back"), json("{'result':1}"));
     QCOMPARE(bench::journal().texts(mark).first(), QString("framework.backEvent(1)"));
+    QCOMPARE(told.last(), QString("framework.backEvent(1)"));
 }
 
 void TestWindowMethods::keyAnswersWithTheResult()
