@@ -215,8 +215,8 @@ std::string helpText()
           "  testmode-bench --uart /dev/ttyUSB0      the same by hand, on the update page\n"
           "  testmode-bench --monitor bench.socket   to be driven by scripts\n"
           "\nExit status: 0 done, 1 a check failed, 2 usage, 3 a named file or device is not\n"
-          "there or cannot be used, 5 timed out, 6 the machine gives no private root,\n"
-          "70 a fault of the bench itself.\n";
+          "there or cannot be used, 6 the machine gives no private root, 70 a fault of the\n"
+          "bench itself.\n";
 }
 
 } // namespace bench
