@@ -7,11 +7,23 @@
 #include <QThread>
 #include <QTime>
 
+#include <chrono>
 #include <cstdarg>
 
 namespace {
 
+using std::chrono::microseconds;
+
 constexpr int kHalfDayMilliseconds = 12 * 60 * 60 * 1000;
+
+// The time of day only counts whole milliseconds: nothing that a wait looks for changes in between.
+void restToNextMillisecond()
+{
+    constexpr microseconds millisecond(1000);
+    const auto day = std::chrono::system_clock::now().time_since_epoch();
+    const auto left = millisecond - std::chrono::duration_cast<microseconds>(day) % millisecond;
+    QThread::usleep(static_cast<unsigned long>(left.count()));
+}
 
 } // namespace
 
@@ -30,9 +42,9 @@ void Delay_MSec(int msec)
     // would be a day away. A clock that is set back by less lengthens the wait.
     for (QTime now = begin; now < end && now.msecsTo(begin) < kHalfDayMilliseconds;
          now = QTime::currentTime()) {
+        // Rests first: what came in meanwhile is taken in before the wait may end.
+        restToNextMillisecond();
         QCoreApplication::processEvents(QEventLoop::AllEvents, 100);
-        // Rests so that a wait does not burn a core; short against the millisecond of a poll.
-        QThread::usleep(200);
     }
 }
 

@@ -11,6 +11,7 @@
 namespace {
 
 QEventLoop::ProcessEventsFlags processed; // last
+int passes = 0;
 
 } // namespace
 
@@ -22,6 +23,7 @@ void QCoreApplication::processEvents(QEventLoop::ProcessEventsFlags flags, int m
         RTLD_NEXT,
         "_ZN16QCoreApplication13processEventsE6QFlagsIN10QEventLoop17ProcessEventsFlagEEi"));
     processed = flags;
+    ++passes;
     qtsOwn(flags, milliseconds);
 }
 
@@ -38,6 +40,8 @@ private slots:
     void delayLastsItsTime();
     void delayDeliversEventsMeanwhile();
     void delayDeliversEveryKindOfEvent();
+    void delayDeliversWhatCameInItsLastRest();
+    void delayLooksOnceAMillisecond();
     void delayDeliversEventsForAtMostATenthOfASecondAtOnce();
 };
 
@@ -108,7 +112,7 @@ void TestCommon::delayDeliversEventsMeanwhile()
     connect(&timer, &QTimer::timeout, this, [&ticks] { ++ticks; });
     timer.start(1);
     QCOMPARE(millisecondsOf([] { Delay_MSec(100); }), 100);
-    QVERIFY2(ticks >= 99, qPrintable(QString::number(ticks))); // no rest is as long as a poll
+    QVERIFY2(ticks >= 99, qPrintable(QString::number(ticks))); // no rest is longer than a poll
 }
 
 // The window system's input too.
@@ -119,8 +123,25 @@ void TestCommon::delayDeliversEveryKindOfEvent()
     QCOMPARE(processed, QEventLoop::ProcessEventsFlags(QEventLoop::AllEvents));
 }
 
-// Events that bring the next one each, a millisecond long: a pass ends when more than 100 have
-// gone.
+// What comes in during a rest is taken in before the wait ends, not by the next one.
+void TestCommon::delayDeliversWhatCameInItsLastRest()
+{
+    bool delivered = false;
+    QTimer::singleShot(1, Qt::PreciseTimer, this, [&delivered] { delivered = true; });
+    QCOMPARE(millisecondsOf([] { Delay_MSec(1); }), 1);
+    QVERIFY(delivered);
+}
+
+// Looks when a millisecond of the day has begun, and no more often than that.
+void TestCommon::delayLooksOnceAMillisecond()
+{
+    passes = 0;
+    Delay_MSec(50);
+    QCOMPARE(passes, 50);
+}
+
+// Events that bring the next one each, a millisecond long, after a rest of one: a pass ends when
+// more than 100 have gone.
 void TestCommon::delayDeliversEventsForAtMostATenthOfASecondAtOnce()
 {
     bool done = false;
@@ -130,7 +151,7 @@ void TestCommon::delayDeliversEventsForAtMostATenthOfASecondAtOnce()
             QMetaObject::invokeMethod(this, next, Qt::QueuedConnection);
     };
     QMetaObject::invokeMethod(this, next, Qt::QueuedConnection);
-    QCOMPARE(millisecondsOf([] { Delay_MSec(1); }), 101);
+    QCOMPARE(millisecondsOf([] { Delay_MSec(1); }), 102);
     done = true;
     QCoreApplication::processEvents();
 }

@@ -59,11 +59,12 @@ void TestDelayMidnight::waitThatMissesItsEndByMidnightEnds()
 
 void TestDelayMidnight::waitWhoseClockIsSetBackLastsLonger_data()
 {
-    QTest::addColumn<int>("setBack"); // seconds
-    QTest::addColumn<int>("lasts");   // milliseconds
-    QTest::newRow("a second") << 1 << 2000;
-    QTest::newRow("almost half a day") << 43199 << 1000; // is put right in time
-    QTest::newRow("half a day, which may be a new day") << 43200 << 0;
+    // Milliseconds both. The clock is set back when the first one of the wait is over.
+    QTest::addColumn<int>("setBack");
+    QTest::addColumn<int>("lasts");
+    QTest::newRow("a second") << 1000 << 2000;
+    QTest::newRow("almost half a day") << 43200000 << 1000; // is put right in time
+    QTest::newRow("half a day, which may be a new day") << 43200001 << 1;
 }
 
 void TestDelayMidnight::waitWhoseClockIsSetBackLastsLonger()
@@ -71,14 +72,14 @@ void TestDelayMidnight::waitWhoseClockIsSetBackLastsLonger()
     QFETCH(int, setBack);
     QFETCH(int, lasts);
     VirtualClock::setTimeOfDay(QTime(13, 0));
-    const auto moveBy = [](int seconds) {
-        VirtualClock::setTimeOfDay(QTime::currentTime().addSecs(seconds));
+    const auto moveBy = [](int milliseconds) {
+        VirtualClock::setTimeOfDay(QTime::currentTime().addMSecs(milliseconds));
     };
     QTimer::singleShot(0, this, [&] { moveBy(-setBack); });
     QTimer rightAgain;
     connect(&rightAgain, &QTimer::timeout, this, [&] { moveBy(setBack); });
     rightAgain.setSingleShot(true);
-    if (setBack > 1)
+    if (setBack > 1000)
         rightAgain.start(500);
     QCOMPARE(millisecondsOf([] { Delay_MSec(1000); }), qint64(lasts));
 }
