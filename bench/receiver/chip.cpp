@@ -2,10 +2,10 @@
 
 namespace bench::chip {
 
-Chip::Chip()
-    : uart(line, pins, faults, dialogue, logbook, settings), conversation(uart, faults),
-      bootRom(conversation, logbook, settings), stage1(conversation, logbook, settings),
-      stage2(conversation, logbook, flash, settings)
+Chip::Chip(Line &usedLine)
+    : line(usedLine), uart(line, pins, faults, dialogue, logbook, settings),
+      conversation(uart, faults), bootRom(conversation, logbook, settings),
+      stage1(conversation, logbook, settings), stage2(conversation, logbook, flash, settings)
 {
 }
 

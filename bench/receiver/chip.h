@@ -13,10 +13,9 @@ namespace bench::chip {
 class Chip
 {
 public:
-    Chip();
+    explicit Chip(Line &usedLine); // ready to be read before run()
 
     Guarded<ReceiverSettings> settings;
-    Line line; // open before run()
     Pins pins;
     Flash flash;
     Faults faults;
@@ -34,6 +33,7 @@ private:
     void ignore(const QByteArray &bytes);
     void event(const QString &text);
 
+    Line &line;
     Uart uart;
     Conversation conversation;
     BootRom bootRom;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
 
 #include <chrono>
 #include <optional>
@@ -26,9 +25,7 @@ private:
     Clock::time_point busyUntil;
 };
 
-// The receiver's end of the line. Of a pseudo-terminal it owns the master and one raw slave
-// descriptor, which keeps the line alive and free of echo while no host has it open. A
-// device that goes is opened again when it is back. Receiver's thread, once open.
+// The receiver's end of the line, whatever the line is. Receiver's thread.
 class Line
 {
 public:
@@ -37,30 +34,23 @@ public:
     Line() = default;
     Line(const Line &) = delete;
     Line &operator=(const Line &) = delete;
-    ~Line() { close(); }
-
-    bool open(QString *error); // a pseudo-terminal
-    bool openDevice(const QString &device, QString *error);
-    void close();
-    QString path() const { return hostPath; }
+    virtual ~Line() = default;
 
     // Sleeps until bytes are there (with `forBytes`), `wakeDescriptor` is readable or the deadline.
-    Event wait(int wakeDescriptor, std::optional<Clock::time_point> deadline, bool forBytes);
+    virtual Event wait(int wakeDescriptor, std::optional<Clock::time_point> deadline,
+                       bool forBytes) = 0;
 
-    QByteArray read();                        // what is there; empty: nothing
-    int write(const QByteArray &bytes) const; // bytes that fitted: a line does not wait
+    virtual QByteArray read() = 0;                        // what is there; empty: nothing
+    virtual int write(const QByteArray &bytes) const = 0; // bytes that fitted: a line does not wait
     void discardInput();
 
-    int hostBaud() const;         // as the host set the port; 0: not to be known
-    bool hostFlowControl() const; // the host's port takes XON and XOFF for itself
+    virtual int hostBaud() const = 0;         // as the host set the port; 0: not to be known
+    virtual bool hostFlowControl() const = 0; // the host's port takes XON and XOFF for itself
 
-private:
-    bool isDevice() const { return slave < 0; }
-    Event awaitDevice(int wakeDescriptor, std::optional<Clock::time_point> deadline);
-
-    int own = -1; // the pseudo-terminal's master, or the device; -1: closed, or the device is gone
-    int slave = -1; // of a pseudo-terminal
-    QString hostPath;
+protected:
+    // wait() on a descriptor that the bytes come from.
+    static Event waitOn(int descriptor, int wakeDescriptor,
+                        std::optional<Clock::time_point> deadline, bool forBytes);
 };
 
 } // namespace bench::chip

@@ -1,6 +1,7 @@
 #include "receiver.h"
 
 #include "chip.h"
+#include "terminal.h"
 
 #include <QThread>
 
@@ -8,7 +9,8 @@ namespace bench {
 
 struct Receiver::Parts
 {
-    chip::Chip chip;
+    chip::Terminal line;
+    chip::Chip chip{line};
     std::unique_ptr<QThread> thread; // null while closed
     QMutex opening;                  // open() and close() of several threads
     chip::Guarded<QString> path;
@@ -27,13 +29,13 @@ Receiver::~Receiver()
 
 QString Receiver::open(QString *error)
 {
-    return start(error, [this](QString *why) { return parts->chip.line.open(why); });
+    return start(error, [this](QString *why) { return parts->line.open(why); });
 }
 
 QString Receiver::openDevice(const QString &device, QString *error)
 {
     return start(error,
-                 [this, device](QString *why) { return parts->chip.line.openDevice(device, why); });
+                 [this, device](QString *why) { return parts->line.openDevice(device, why); });
 }
 
 QString Receiver::start(QString *error, const std::function<bool(QString *)> &openLine)
@@ -44,7 +46,7 @@ QString Receiver::start(QString *error, const std::function<bool(QString *)> &op
     chip::Chip &chip = parts->chip;
     if (!openLine(error))
         return QString();
-    parts->path.set(chip.line.path());
+    parts->path.set(parts->line.path());
     chip.pins.listen();
     chip.logbook.open();
     parts->thread.reset(QThread::create([&chip] { chip.run(); }));
@@ -67,7 +69,7 @@ void Receiver::close()
     parts->chip.pins.stop();
     parts->thread->wait();
     parts->thread.reset();
-    parts->chip.line.close();
+    parts->line.close();
     parts->path.set(QString());
 }
 
