@@ -17,6 +17,9 @@ constexpr std::chrono::milliseconds kNeighbourPatience(50);
 
 constexpr quint32 kGarbageBytes = 8;
 
+// How long a reset of its own takes: one that resets itself for ever must not take a core.
+constexpr int kSelfResetMilliseconds = 10;
+
 // A host that begins anew has been quiet before: shorter than the reset pulse that it gives.
 constexpr std::chrono::milliseconds kSilence(90);
 
@@ -262,6 +265,7 @@ void Uart::strikeHere()
     }
     if (const auto struck = faults.strike(Fault::Kind::Reset, here, here.bytesIn)) {
         report(*struck, QStringLiteral("the receiver resets itself"));
+        pause(kSelfResetMilliseconds);
         throw Left{ReceiverPhase::BootRom};
     }
     if (const auto struck = faults.strike(Fault::Kind::Silence, here, here.bytesIn)) {

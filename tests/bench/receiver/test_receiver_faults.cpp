@@ -39,6 +39,7 @@ private slots:
     void garbageBeforeTheSynchronisation();
     void aLostAnswerToTheFirstByteComesAgain();
     void aResetInTheMiddle();
+    void resetsWithoutEndLeaveTimeBetween();
     void anAnswerTwice();
     void aFlashThatDoesNotWrite();
     void anotherRate();
@@ -448,6 +449,23 @@ void TestReceiverFaults::aResetInTheMiddle()
         QStringList{QStringLiteral("packet 2 (image 1, packet 2): the receiver resets itself")});
     QCOMPARE(rig.receiver.state().resets, 2);
     QCOMPARE(rig.host->pending(), 0);
+}
+
+// Before the first byte nothing is waited for: it would reset itself as fast as a core can.
+void TestReceiverFaults::resetsWithoutEndLeaveTimeBetween()
+{
+    Rig rig;
+    QElapsedTimer clock;
+    clock.start();
+    rig.receiver.setFaults({fault(R"({"kind":"reset","step":"sync","times":"always"})")});
+    tests::pulse(rig.receiver);
+    QTRY_VERIFY(rig.receiver.state().resets > 5);
+    const int resets = rig.receiver.faultReports().first().done;
+    QVERIFY2(resets <= clock.elapsed() / 10 + 1, qPrintable(QString::number(resets)));
+
+    rig.receiver.clearFaults();
+    tests::pulse(rig.receiver);
+    QVERIFY(rig.host->connectToAgent());
 }
 
 void TestReceiverFaults::anAnswerTwice()
