@@ -53,14 +53,16 @@ void Faults::set(const QVector<Fault> &faults, quint32 seed)
 {
     const QMutexLocker lock(&mutex);
     entries.clear();
-    nothingSet = faults.isEmpty();
+    quint32 kinds = 0;
     for (int i = 0; i < faults.size(); ++i) {
         Entry entry;
         entry.report.fault = faults.at(i);
+        kinds |= 1U << static_cast<int>(faults.at(i).kind);
         std::seed_seq mixed{seed, static_cast<quint32>(i)};
         entry.dice.seed(mixed);
         entries.push_back(entry);
     }
+    kindsSet = kinds;
     ++listNumber;
 }
 
@@ -75,6 +77,8 @@ QVector<FaultReport> Faults::reports() const
 
 std::optional<Struck> Faults::strike(Fault::Kind kind, const Place &place, int index)
 {
+    if (!isSet(kind))
+        return std::nullopt;
     const QMutexLocker lock(&mutex);
     for (size_t i = 0; i < entries.size(); ++i) {
         Entry &entry = entries[i];
@@ -105,6 +109,8 @@ std::optional<Struck> Faults::strikeByte(Fault::Direction direction, const Place
 bool Faults::mayStrike(Fault::Kind kind, Fault::Direction direction, const Place &place,
                        int index) const
 {
+    if (!isSet(kind))
+        return false;
     const QMutexLocker lock(&mutex);
     for (const Entry &entry : entries) {
         const Fault &fault = entry.report.fault;

@@ -50,7 +50,7 @@ public:
     bool mayStrike(Fault::Kind kind, Fault::Direction direction, const Place &place,
                    int index) const;
 
-    bool empty() const { return nothingSet; }
+    bool empty() const { return kindsSet == 0; }
 
     void tell(const Struck &struck, const QString &deed);
 
@@ -64,6 +64,7 @@ private:
         std::mt19937 dice; // one each, so that faults do not disturb one another
     };
 
+    bool isSet(Fault::Kind kind) const { return (kindsSet >> static_cast<int>(kind) & 1U) != 0; }
     static bool fits(const Entry &entry, const Place &place, int index);
     static bool draw(Entry *entry);
     Struck struckBy(size_t number);
@@ -71,7 +72,7 @@ private:
     mutable QMutex mutex;
     std::vector<Entry> entries;
     int listNumber = 0;
-    std::atomic_bool nothingSet{true}; // asked at every byte, so without the lock
+    std::atomic<quint32> kindsSet{0}; // a bit each; asked at every byte, so without the lock
 };
 
 // What a fault of a byte makes of it.
