@@ -250,8 +250,8 @@ void TestCampaign::bothLinesBringTheSameOutcome_data()
     };
     row("silence", R"({"kind":"silence","step":"handshake"})", "failed");
     row("silence at the end", R"({"kind":"silence","step":"finish"})", "recovered");
-    row("noise before an image",
-        R"({"kind":"garbage","step":"image-start","image":2,"value":600})", "recovered");
+    row("noise before an image", R"({"kind":"garbage","step":"image-start","image":2,"value":600})",
+        "recovered");
     row("as many bytes as a read leaves",
         R"({"kind":"garbage","step":"packet","image":3,"packet":2,"value":36})", "failed");
     row("a byte lost", R"({"kind":"drop","step":"packet","image":1,"packet":3,"index":2048})",

@@ -327,7 +327,8 @@ TESTMODE_EXPORTED int pthread_cond_broadcast(pthread_cond_t *condition) noexcept
     return machine::conditionBroadcast(condition);
 }
 
-TESTMODE_EXPORTED long syscall(long number, ...) noexcept
+// Takes six arguments, however many there are.
+TESTMODE_EXPORTED __attribute__((no_sanitize_address)) long syscall(long number, ...) noexcept
 {
     long arguments[6];
     va_list list;
