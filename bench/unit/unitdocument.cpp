@@ -23,6 +23,25 @@ QString below(const QString &branch, const QString &path)
     return branch.isEmpty() ? path : path.mid(branch.size() + 1);
 }
 
+// A key may hold anything.
+QString inOneLine(const QString &message)
+{
+    QString line;
+    for (const QChar letter : message) {
+        const bool breaks = letter.category() == QChar::Other_Control
+            || letter.category() == QChar::Separator_Line
+            || letter.category() == QChar::Separator_Paragraph;
+        if (breaks)
+            line += QStringLiteral("\\u")
+                + QString::number(letter.unicode(), 16)
+                      .rightJustified(4, QLatin1Char('0'))
+                      .toUpper();
+        else
+            line += letter;
+    }
+    return line;
+}
+
 void insertAt(QJsonObject *object, const QString &path, const QJsonValue &value)
 {
     const QString key = path.section(kDot, 0, 0);
@@ -207,7 +226,7 @@ QString loadUnitFile(UnitDocument *document, const QString &name)
     const UnitDocument::Problem problem = document->setValue(QString(), json.object());
     return problem.kind == UnitDocument::Problem::None
         ? QString()
-        : QStringLiteral("%1: %2").arg(name, problem.message);
+        : QStringLiteral("%1: %2").arg(name, inOneLine(problem.message));
 }
 
 } // namespace bench

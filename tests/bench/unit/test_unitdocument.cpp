@@ -376,6 +376,9 @@ void TestUnitDocument::badFileIsRefused_data()
     QTest::addColumn<QString>("message");
     QTest::newRow("unknown key") << QByteArray(R"({"gnss": {"kind": 2}})")
                                  << "gnss.kind: the unit has no such key";
+    // What is said of a file stays one line.
+    QTest::newRow("key of two lines") << QByteArray(R"({"gnss": {"a\nb\u2028": 2}})")
+                                      << "gnss.a\\u000Ab\\u2028: the unit has no such key";
     QTest::newRow("wrong type") << QByteArray(R"({"usb": {"0": {"disk": "yes"}}})")
                                 << "usb.0.disk: wanted is true or false";
     QTest::newRow("a list") << QByteArray("[]") << "wanted is an object";
