@@ -33,9 +33,20 @@ void prepareSettings()
     br = QStringLiteral("921600");
 }
 
-// The host may have heard what the receiver did not say, or twice, or for something else.
+// While images are written. What came before is thrown away at the next image's beginning.
+bool strikesAnImage(const Fault &fault)
+{
+    using bench::ReceiverStep;
+    return fault.step && *fault.step >= ReceiverStep::Download
+        && *fault.step <= ReceiverStep::ImageSum;
+}
+
+// The host may have heard of an image what the receiver did not say, or twice, or of something
+// else.
 bool meddlesWithAnswers(const Fault &fault)
 {
+    if (!strikesAnImage(fault))
+        return false;
     switch (fault.kind) {
     case Fault::Kind::Garbage:
     case Fault::Kind::Acknowledge:
@@ -88,7 +99,7 @@ Verdict Rig::run(const FaultCase &trial, Observation *seen)
     chip().faults.set(trial.faults, trial.seed);
     Observation observation = update(package);
     noteFaults(&observation);
-    const Verdict verdict = judge(observation, package);
+    Verdict verdict = judge(observation, package);
     if (seen != nullptr)
         *seen = observation;
 
