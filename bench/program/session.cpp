@@ -229,9 +229,11 @@ void Session::leaveDriverBehind(int status)
 void Session::end()
 {
     stopRequests.setEnabled(false);
-    // An update may have to be finished first; a packet that begins tells that it gets on.
+    // An update may have to be finished first; a packet that begins, or that the receiver asks for
+    // again, tells that it gets on.
     const auto follow = [](const QString &line) {
-        if (line.startsWith(QLatin1String("hdl_da_download (")))
+        if (line.startsWith(QLatin1String("hdl_da_download ("))
+            || line.startsWith(QLatin1String("hdl_wirte_packet, NACK")))
             showLife();
     };
     connect(&trace, &TraceLog::added, this, follow, Qt::DirectConnection);

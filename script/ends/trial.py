@@ -256,7 +256,7 @@ def runs_in_group(group):
 
 
 class LongTrial(Trial):
-    """An update that takes longer, once it was told to end, than an update that stands still may."""
+    """An update that takes longer, once it was told to end, than one that stands still may."""
 
     def choose(self, dice):
         self.sizes = {name: dice.randrange(1, 4096) for name in PLACES}
@@ -267,9 +267,13 @@ class LongTrial(Trial):
         self.moment = 0.0
         self.faults = []
 
+    def is_there(self, state):
+        """Whether this is the moment."""
+        return state["phase"] == "stage-2-writing"
+
     def await_moment(self):
         began = time.monotonic()
-        while self.chip("receiver.state")["phase"] != "stage-2-writing":
+        while not self.is_there(self.chip("receiver.state")):
             if time.monotonic() > began + UNTIL_NOT_BEGUN:
                 raise NotBegun(f"seed {self.seed}: nothing was written in {UNTIL_NOT_BEGUN:.0f} s")
             time.sleep(0.02)
@@ -277,9 +281,24 @@ class LongTrial(Trial):
 
     def judge(self):
         wrong = super().judge()
-        if not wrong and self.told_at[0] == "stage-2-writing" and self.took <= AFTER_LAST_BYTE:
+        if not wrong and self.took <= AFTER_LAST_BYTE:
             wrong.append(f"took {self.took:.1f} s, too short to show anything")
         return wrong
+
+
+class BusyTrial(LongTrial):
+    """One packet that takes so long: refused three times by a receiver that is busy for 3.8 s each."""
+
+    def choose(self, dice):
+        super().choose(dice)
+        self.sizes["bootloader.bin"] = 50000
+        self.kind = "refused"
+        busy = {"kind": "late", "direction": "to-host", "step": "packet-repeat", "value": 1900, "times": 3}
+        self.faults = [{"kind": "nack", "value": 3065, "times": 3, "image": 1, "packet": 3},
+                       {**busy, "index": 1}, {**busy, "index": 3}]
+
+    def is_there(self, state):
+        return state["step"] == "packet-repeat"
 
 
 def run(kind, build, seed, slack):
