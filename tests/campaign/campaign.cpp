@@ -1,5 +1,6 @@
 // The trials of script/campaign, one line each: name, row, column, outcome, reason, line, virtual
-// milliseconds, the faults. Not for hands: the script knows what to ask.
+// milliseconds, the faults. Standard input: names of trials that are not to be made. Not for hands:
+// the script knows what to ask.
 
 #include "exchanges.h"
 #include "trial.h"
@@ -10,6 +11,8 @@
 #include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSet>
+#include <QTextStream>
 
 #include <algorithm>
 #include <cstdio>
@@ -65,6 +68,15 @@ FaultCase caseOf(const QString &name, quint32 seed)
                                              : tests::randomCase(number, seed);
 }
 
+QSet<QString> namesToSkip()
+{
+    QTextStream input(stdin);
+    QSet<QString> names;
+    while (!input.atEnd())
+        names << input.readLine();
+    return names;
+}
+
 QVector<FaultCase> chosenCases(const Options &options)
 {
     if (!options.only.isEmpty())
@@ -75,13 +87,14 @@ QVector<FaultCase> chosenCases(const Options &options)
     for (int i = 0; i < random; ++i)
         all << tests::randomCase(i, options.seed);
 
+    const QSet<QString> skipped = namesToSkip();
     QVector<FaultCase> chosen;
     for (int i = 0; i < all.size(); ++i) {
         const FaultCase &trial = all.at(i);
         const bool wanted = (options.kind.isEmpty() || trial.kind == options.kind)
             && (options.phase.isEmpty() || trial.phase == options.phase);
         // One in twenty is slow: the parts take turns.
-        if (wanted && (i + i / 20) % options.parts == options.part)
+        if (wanted && !skipped.contains(trial.name) && (i + i / 20) % options.parts == options.part)
             chosen << trial;
     }
     return chosen;
