@@ -14,3 +14,12 @@ target_compile_definitions(testmode_compile_options INTERFACE
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
+
+# The tests are a hundred programs: linked in a third of the time where a faster linker is installed.
+option(TESTMODE_FAST_LINKER "Link with mold where it is installed" OFF)
+if(TESTMODE_FAST_LINKER)
+  find_program(TESTMODE_MOLD ld.mold)
+  if(TESTMODE_MOLD)
+    add_link_options(-fuse-ld=mold)
+  endif()
+endif()

@@ -61,11 +61,11 @@ Sky::Sky(quint32 seed)
 {
     for (int i = 0; i < kSatellites; ++i) {
         const int plane = i % kPlanes;
-        const int slot = i / kPlanes;
-        const int slots = kSatellites / kPlanes;
+        const int place = i / kPlanes;
+        const int places = kSatellites / kPlanes;
         constellation[i].node = 2 * M_PI * plane / kPlanes;
         constellation[i].phase =
-            2 * M_PI * (slot + plane / double(kPlanes) + 0.3 * random()) / slots;
+            2 * M_PI * (place + plane / double(kPlanes) + 0.3 * random()) / places;
     }
     step();
     elapsed = 0;
