@@ -49,6 +49,14 @@ void addDisplay(Words *words)
             {"--perms", "0700", "--dir", "/run/user", "--setenv", "XDG_RUNTIME_DIR", "/run/user"});
 }
 
+// A build that counts what runs (script/coverage) leaves its counters in this folder.
+void addCounters(Words *words)
+{
+    const char *folder = std::getenv("GCOV_PREFIX");
+    if (folder != nullptr && exists(folder))
+        add(words, {"--bind", folder, folder});
+}
+
 struct Outcome
 {
     int status;       // of waitpid
@@ -104,6 +112,7 @@ Words rootCommand(const RootLayout &layout)
         add(&words, {"--ro-bind", "/var/cache/fontconfig", "/var/cache/fontconfig"});
     addDisplay(&words);
     add(&words, {"--ro-bind", prefix, prefix});
+    addCounters(&words);
     for (const std::string &folder : layout.writable)
         add(&words, {"--bind", folder, folder});
     for (const RootLayout::Mount &mount : layout.readOnly)
