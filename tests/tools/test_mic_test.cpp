@@ -1,3 +1,4 @@
+#include "tests/support/recorder.h"
 #include "tests/support/touch.h"
 #include "tests/support/unittest.h"
 
@@ -25,6 +26,7 @@ private slots:
     void showsTheGainsAtTheStart();
     void sendsNothingBeforeTheFirstStep();
     void listsTheGainsAtTheStart();
+    void comesToItsStartInOrder();
     void gainsAreThoseOfTheTables();
     void eachKeyStepsOnce_data();
     void eachKeyStepsOnce();
@@ -182,6 +184,51 @@ void TestMicTest::listsTheGainsAtTheStart()
                      "-16 8", "-15 9", "-14 10", "-13 11", "-12 12", "-11 13", "-10 14", "-9 15",
                      "-8 16", "-7 17", "-6 18",  "-5 19",  "-4 20",  "-3 21",  "-2 22",  "-1 23",
                      "0 24",  "1 25",  "2 26",   "3 27",   "4 28",   "5 29",   "6 30"}));
+}
+
+// Place and looks, the list of gains, the configuration with its texts; `widget` is hidden last.
+void TestMicTest::comesToItsStartInOrder()
+{
+    QWidget screen;
+    gMicConfig = {1.0f, 2.0f, 3.0f};
+    std::fill(std::begin(gPgaGainLevel), std::end(gPgaGainLevel), 99.0f);
+    tests::Recorder recorder(trace());
+    recorder.watchState("page", [&screen]() -> QString {
+        const auto *page = screen.findChild<mictestwidget *>();
+        if (page == nullptr || page->findChild<QWidget *>("widget") == nullptr)
+            return QString();
+        const bool hidden =
+            page->findChild<QWidget *>("widget")->testAttribute(Qt::WA_WState_ExplicitShowHide);
+        return QStringList{QString("%1,%2").arg(page->x()).arg(page->y()),
+                           page->styleSheet(),
+                           textOf(*page, "txt_uplink"),
+                           textOf(*page, "txt_op"),
+                           textOf(*page, "txt_opg"),
+                           hidden ? "hidden" : "as in the form"}
+            .join('|');
+    });
+    recorder.watchState("configuration", [] {
+        return QString("%1 %2 %3")
+            .arg(static_cast<double>(gMicConfig.opGain))
+            .arg(static_cast<double>(gMicConfig.pgaGain))
+            .arg(static_cast<double>(gMicConfig.uplinkGain));
+    });
+    recorder.watchState("gains listed", [] {
+        return QString::number(std::count_if(std::begin(gPgaGainLevel), std::end(gPgaGainLevel),
+                                             [](float gain) { return gain < 99.0f; }));
+    });
+    const mictestwidget page(&screen);
+
+    QStringList expected{
+        "page: 0,130|color: #FFF;|Up link Gain:|OP Gain:|PGA Gain:|as in the form"};
+    for (int i = 0; i <= 30; ++i)
+        expected << QString("gains listed: %1").arg(i + 1)
+                 << QString("[DBG] void testmode::mictestwidget::initPagGainList() -- %1 %2")
+                        .arg(i - 24)
+                        .arg(i);
+    expected << "page: 0,130|color: #FFF;|Uplink Gain: 0|OP  Gain:12|Pga Gain:6|hidden"
+             << "configuration: 12 6 0";
+    QCOMPARE(recorder.entries(), expected);
 }
 
 void TestMicTest::gainsAreThoseOfTheTables()
