@@ -1,5 +1,6 @@
 """What runs in the machine, and the receiver that runs beside it on this PC."""
 import os
+import subprocess
 
 from . import children
 
@@ -7,8 +8,29 @@ from . import children
 TOOLS = ["g++-arm-linux-gnueabihf", "mmdebstrap", "e2fsprogs", "cpio", "kmod", "qemu-system-arm"]
 
 
+class Build:
+    """Targets of a preset, being built; the compiler's output goes to logs."""
+
+    def __init__(self, tree, folder, preset, *targets):
+        children.run(["cmake", "--preset", preset], folder / f"configure-{preset}.log", cwd=tree)
+        self.log = folder / f"build-{preset}.log"
+        # What is checked meanwhile comes first.
+        self.words = ["nice", "cmake", "--build", "--preset", preset,
+                      "--parallel", os.cpu_count(), "--target", *targets]
+        with open(self.log, "wb") as output:
+            self.process = children.start(self.words, cwd=tree, stdout=output,
+                                          stderr=subprocess.STDOUT)
+
+    def finish(self):
+        children.finish(self.process, self.words[1:], self.log)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        children.end(self.process)
+
+
 def build(tree, folder, preset, *targets):
-    """Builds targets of a preset; the compiler's output goes to logs."""
-    children.run(["cmake", "--preset", preset], folder / f"configure-{preset}.log", cwd=tree)
-    children.run(["cmake", "--build", "--preset", preset, "--parallel", os.cpu_count(),
-                  "--target", *targets], folder / f"build-{preset}.log", cwd=tree)
+    with Build(tree, folder, preset, *targets) as building:
+        building.finish()

@@ -1,6 +1,8 @@
 """The emulated machine: started, told what to do over its control port, switched off."""
 import contextlib
 import json
+import os
+import select
 import shlex
 import socket
 import subprocess
@@ -24,11 +26,15 @@ class Job:
         self.output = output
         self.status = None
         self.started = time.monotonic()
-        self.seconds = None
+        self.at = None  # when it ended
+
+    @property
+    def seconds(self):
+        return self.at - self.started
 
     def end(self, status):
         self.status = status
-        self.seconds = time.monotonic() - self.started
+        self.at = time.monotonic()
 
     def wait(self):
         while self.status is None:
@@ -118,8 +124,10 @@ class Machine:
                          f"are in {self.results}/console.log")
         self.pending += data
 
-    def ended(self):
-        """Waits until the machine tells of ended jobs; returns them."""
+    def ended(self, patience=None):
+        """Waits until the machine tells of ended jobs, or so many seconds; returns them."""
+        if not select.select([self.control], [], [], patience)[0]:
+            return []
         self._receive()
         *lines, self.pending = self.pending.split(b"\n")
         jobs = []
@@ -169,6 +177,12 @@ class Machine:
                 return answer["return"]
             if "error" in answer:
                 raise Failed(f"the emulator refused {command}: {answer['error']['desc']}")
+
+    def processor_seconds(self):
+        """Of this PC, that the emulator has taken so far."""
+        with open(f"/proc/{self.process.pid}/stat", encoding="ascii") as stat:
+            fields = stat.read().rpartition(")")[2].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def pull_line(self):
         """Takes the other end of /dev/ttyS4 away."""

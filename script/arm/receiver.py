@@ -1,5 +1,6 @@
 """testmode-receiver on this PC: the simulated chip at the other end of the machine's UART."""
 import base64
+import functools
 import json
 import re
 import shutil
@@ -89,14 +90,8 @@ class Receiver:
                 return
             time.sleep(0.02)
 
-    def flash(self, address, length):
-        found = self.call("receiver.flash", address=address, length=length)
-        return base64.b64decode(found["base64"])
-
     def missing(self, package):
-        """Names of the package's images that the flash does not hold."""
-        return [name for name, image in package.images.items()
-                if self.flash(IMAGES[name], len(image)) != image]
+        return missing(package, functools.partial(self.call, "receiver.flash"))
 
     def rates(self):
         """The rates that the receiver saw since mark(), by the dialogue's steps."""
@@ -119,12 +114,18 @@ class Package:
 
     count = 0
 
-    def __init__(self, sample, folder):
+    def __init__(self, sample, folder, most_bytes=None):
         Package.count += 1
         self.folder = folder / f"package{Package.count}"
         shutil.copytree(sample, self.folder)
         self.images = {}
         for name in IMAGES:
-            image = (sample / name).read_bytes()
+            image = (sample / name).read_bytes()[:most_bytes]
             self.images[name] = bytes(byte ^ Package.count for byte in image)
             (self.folder / name).write_bytes(self.images[name])
+
+
+def missing(package, flash):
+    """Names of the package's images that a receiver's flash, read by `flash`, does not hold."""
+    return [name for name, image in package.images.items()
+            if base64.b64decode(flash(address=IMAGES[name], length=len(image))["base64"]) != image]

@@ -1,10 +1,11 @@
 """The project's own tests, run in the machine."""
 import collections
 import json
+import re
 import shlex
 import subprocess
 
-from . import build
+from . import children
 from .steps import expect
 
 # What an emulator of programs alone cannot run: rates of 921600 baud, exclusive terminals, start of
@@ -36,13 +37,14 @@ def known(tree):
 
 
 def chosen(tree):
-    """The tests for the machine, those that must be alone at the end."""
-    tests = [test for test in known(tree) if test.fast or test.name in NATIVE]
+    """The tests for the machine, those that must be alone at the end. What is no program of the
+    build looks at the checkout, which is the PC's."""
+    listed = subprocess.run(["ninja", "-C", tree / "build/armhf", "-t", "targets", "all"],
+                            capture_output=True, text=True, check=True).stdout
+    programs = {line.split(":")[0] for line in listed.splitlines()}
+    tests = [test for test in known(tree)
+             if (test.fast or test.name in NATIVE) and test.name in programs]
     return sorted(tests, key=lambda test: test.alone)
-
-
-def prepare(tree, folder, tests):
-    build.build(tree, folder, "armhf", *(test.name for test in tests))
 
 
 def run_in(machine, tests, run):
@@ -79,10 +81,36 @@ def _summary(job, said):
     return "; ".join(failures[:3] + totals[-1:]) or said.strip()[-200:]
 
 
-def run_here(tree, name):
-    """A test that builds with the toolchain of the machine."""
-    done = subprocess.run(["ctest", "--test-dir", tree / "build/armhf", "-R", f"^{name}$",
-                           "--output-on-failure", "--no-tests=error"],
-                          capture_output=True, text=True, check=False)
-    expect(done.returncode == 0, done.stdout[-600:])
-    return "on this PC, with the cross compiler"
+def load_plugin(machine):
+    """What platform_sdk has built for a unit is loaded where it can be."""
+    folder = machine.tree / "build/armhf/tests/build/platform_sdk"
+    return machine.run([folder / "stubs/load", folder / "build/lib/libtestmode.so"], 60).strip()
+
+
+class OnPC:
+    """The tests that build with the toolchain of the machine, beside what is done in it."""
+
+    def __init__(self, tree, log):
+        self.log = log
+        with open(log, "wb") as output:
+            self.process = children.start(
+                ["nice", "-n", "19", "ctest", "--test-dir", tree / "build/armhf",
+                 "-R", f"^({'|'.join(ON_PC)})$", "--no-tests=error", "--output-on-failure"],
+                stdout=output, stderr=subprocess.STDOUT)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        children.end(self.process)
+
+    def finish(self, run):
+        """Adds one line a test to the list of `run`."""
+        self.process.wait()
+        said = self.log.read_text(encoding="utf-8", errors="replace")
+        for name in ON_PC:
+            found = re.search(rf" {name} \.+[* ]+(\w[\w ]*?) +([0-9.]+) sec", said)
+            expect(found, f"{name} did not run: {said[-300:]}")
+            passed = found[1] == "Passed"
+            run.add(passed, float(found[2]), name,
+                    "on this PC, with the cross compiler" if passed else f"see {self.log}")

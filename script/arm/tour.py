@@ -7,10 +7,13 @@ REGISTERS = {0x9C000088: 0, 0x9C0000A0: 0x0004100C, 0x9C000190: 0x7F7F0046, 0x9C
              0x9C004A90: 7, 0x9C004A9C: 0x13}
 
 
-def take(machine, *options):
-    """Every step is a line of its own in results/tour.txt; returns the tour's last line."""
+def start(machine, *options):
     bench = machine.tree / "build/armhf/bin/testmode-bench"
-    job = machine.start([bench, "--tour", "/results/pictures", *options], 280)
+    return machine.start([bench, "--tour", "/results/pictures", *options], 280)
+
+
+def finish(machine, job):
+    """Every step is a line of its own in results/tour.txt; returns the tour's last line."""
     status = job.wait()
     said = job.said()
     (machine.results / "tour.txt").write_text(said, encoding="utf-8")
@@ -20,11 +23,15 @@ def take(machine, *options):
     return f"{next(line for line in said.splitlines() if ' steps, ' in line)} ({pictures} pictures)"
 
 
-def take_on_real_memory(machine):
+def start_on_real_memory(machine):
     """The PHY page's accesses go to the machine's own memory, where somebody else reads them."""
     for address in REGISTERS:
         machine.run(["busybox", "devmem", hex(address), "32", "0xFFFFFFFF"], 20)
-    seen = take(machine, "--real-memory")
+    return start(machine, "--real-memory")
+
+
+def finish_on_real_memory(machine, job):
+    seen = finish(machine, job)
     for address, expected in REGISTERS.items():
         word = int(machine.run(["busybox", "devmem", hex(address), "32"], 20), 16)
         expect(word == expected, f"{address:#x} holds {word:#x}, not {expected:#x}")

@@ -1,4 +1,7 @@
 """Updates over /dev/ttyS4: a UART and its driver in the machine, the receiver on this PC."""
+import json
+import time
+
 from .receiver import Package
 from .steps import Failed, expect
 
@@ -38,11 +41,11 @@ class Updates:
     def _options(self, package):
         return ["--uart", "/dev/ttyS4", "--stand-ins", "--package", f"/results/{package.folder.name}"]
 
-    def _flash(self, machine, package, attempts=ATTEMPTS):
+    def _flash(self, machine, package, attempts=ATTEMPTS, *options):
         """Presses "Check" on its way: the port opens at 115200."""
         return machine.start([self.programs / "testmode-bench", "--flash",
                               *self._options(package), "--attempts", attempts,
-                              "--log", "/results/flash.trace"], 180)
+                              "--log", "/results/flash.trace", *options], 180)
 
     def _new_package(self):
         self.receiver.mark()
@@ -80,16 +83,25 @@ class Updates:
         return self._succeeded(self._flash(machine, package), package, 115200)
 
     def line_pulled(self, machine):
-        """The line goes in mid-update: the update ends by itself and says so."""
+        """The line goes in mid-update: the update ends by itself and says so. Back again, it carries
+        the next one of the same process."""
         package = self._new_package()
-        job = self._flash(machine, package, attempts=1)
+        job = self._flash(machine, package, 1 + ATTEMPTS, "--format", "json")
         self.receiver.await_packets(SOME_PACKETS)
         machine.pull_line()
-        status = job.wait()
-        machine.plug_line()
-        expect(status == 1, f"ended with {status}: {job.said()[-300:]}")
+        pulled = time.monotonic()
+        while not any('"kind":"failure"' in line and '"phase":"write"' in line
+                      for line in job.said().splitlines()):
+            time.sleep(0.1)
+        noticed = time.monotonic() - pulled
         expect(self.receiver.missing(package), "the flash is complete all the same")
-        return f"{job.said().strip().splitlines()[-1].strip()}"
+        machine.plug_line()
+        expect(job.wait() == 0, f"ended with {job.status}: {job.said()[-300:]}")
+        missing = self.receiver.missing(package)
+        expect(not missing, f"the flash differs in {', '.join(missing)}")
+        result = json.loads(job.said().splitlines()[-1])
+        return (f"failed {noticed:.1f} s after the pull; attempt {result['attempts']} on the healed "
+                "line: all four images equal in the flash")
 
     def power_cut(self, machine):
         """The machine goes in mid-update: an image is left half written."""
