@@ -1,5 +1,7 @@
 """Processes that never outlive this one."""
 import contextlib
+import os
+import signal
 import subprocess
 
 
@@ -9,21 +11,25 @@ def command_of(words):
 
 
 def start(words, **options):
-    """A process of this one's group of things to end; see ended()."""
+    """A process in a session of its own, so that end() reaches what it starts, too."""
     options.setdefault("stdin", subprocess.DEVNULL)
-    return subprocess.Popen(command_of(words), **options)
+    return subprocess.Popen(command_of(words), start_new_session=True, **options)
 
 
 def end(process):
-    """Asks a process to end, and kills it where it does not."""
+    """Asks a process and those that it has started to end, and kills what does not."""
     if process.poll() is not None:
         return
-    process.terminate()
+    _send(process, signal.SIGTERM)
     with contextlib.suppress(subprocess.TimeoutExpired):
         process.wait(5)
-        return
-    process.kill()
+    _send(process, signal.SIGKILL)
     process.wait()
+
+
+def _send(process, number):
+    with contextlib.suppress(ProcessLookupError):
+        os.killpg(process.pid, number)
 
 
 def run(words, log, **options):
