@@ -4,6 +4,8 @@
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
+#include "bench/unit/settingsstate.h"
+#include "bench/unit/systemstate.h"
 #include "framework/appplugin.h"
 #include "framework/events.h"
 #include "framework/windowinterface.h"
@@ -288,11 +290,14 @@ void Host::loseWindow()
 void Host::finishRestart()
 {
     const QString why = std::exchange(restartReason, QString());
-    unit().system.watchdogEnabled = true;
-    unit().settings.cache.clear();
-    if (std::exchange(restartIsFactory, false))
-        unit().settings.func.clear();
-    unit().setStatusBarHidden(false);
+    {
+        UnitChange start = unit().change();
+        start->system.watchdogEnabled = true;
+        start->settings.cache.clear();
+        if (std::exchange(restartIsFactory, false))
+            start->settings.func.clear();
+        unit().setStatusBarHidden(false);
+    }
     journal().call(kService, QStringLiteral("restart"), {why});
 
     then = Then::Nothing;

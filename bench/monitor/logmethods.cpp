@@ -97,10 +97,11 @@ void addTraceMethods(Dispatcher *dispatcher, TraceLog *trace)
          direct([trace](const Arguments &arguments) {
              return readTrace(*trace, arguments.integer("since"));
          })});
-    dispatcher->addEvent("trace.line", "'line': a debug line of the plug-in's");
-    QObject::connect(trace, &TraceLog::added, dispatcher, [dispatcher](const QString &line) {
-        emit dispatcher->eventHappened("trace.line", {{"line", line}});
-    });
+    dispatcher->addEvent("trace.line", "'n', 'line': a debug line of the plug-in's");
+    QObject::connect(
+        trace, &TraceLog::added, dispatcher, [dispatcher](const QString &line, int number) {
+            emit dispatcher->eventHappened("trace.line", {{"n", number}, {"line", line}});
+        });
 }
 
 } // namespace bench

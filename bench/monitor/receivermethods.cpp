@@ -16,18 +16,24 @@ namespace {
 
 // An answer must fit a line of the monitor: so much of text, and of the flash in base64.
 constexpr int kAnswerBytes = 512 * 1024;
+constexpr int kKeyBytes = 100; // of a frame as an object: what its words do not count
 
 const QString kBranch = QStringLiteral("receiver");
+
+QJsonObject toJson(const WrittenImage &image)
+{
+    return {{"address", double(image.address)},
+            {"length", image.length},
+            {"packets", image.packets},
+            {"complete", image.complete},
+            {"microseconds", image.microseconds}};
+}
 
 QJsonArray toJson(const QVector<WrittenImage> &images)
 {
     QJsonArray list;
     for (const WrittenImage &image : images)
-        list.append(QJsonObject{{"address", double(image.address)},
-                                {"length", image.length},
-                                {"packets", image.packets},
-                                {"complete", image.complete},
-                                {"microseconds", image.microseconds}});
+        list.append(toJson(image));
     return list;
 }
 
@@ -60,11 +66,29 @@ QJsonObject toJson(const ReceiverState &state)
 QJsonArray toJson(const QVector<FaultReport> &reports)
 {
     QJsonArray list;
-    for (const FaultReport &report : reports)
+    for (const FaultReport &report : reports) {
+        QJsonArray moments;
+        for (const qint64 moment : report.moments)
+            moments.append(moment);
         list.append(QJsonObject{{"fault", report.fault.toJson()},
                                 {"done", report.done},
-                                {"deeds", QJsonArray::fromStringList(report.deeds)}});
+                                {"deeds", QJsonArray::fromStringList(report.deeds)},
+                                {"moments", moments}});
+    }
     return list;
+}
+
+QJsonObject toJson(const DialogueLine &line)
+{
+    static const char *const kDirections[] = {"to-receiver", "to-host", "event"};
+    return {{"n", line.number},
+            {"ms", line.elapsed},
+            {"direction", kDirections[line.direction]},
+            {"baud", line.baud},
+            {"step", line.step},
+            {"meaning", line.meaning},
+            {"bytes", QString::fromLatin1(line.bytes.toHex(' '))},
+            {"length", line.length}};
 }
 
 QJsonObject faults(UnitDocument *document, const Receiver &receiver, const Arguments &arguments)
@@ -82,8 +106,10 @@ QJsonObject faults(UnitDocument *document, const Receiver &receiver, const Argum
             {"faults", toJson(receiver.faultReports())}};
 }
 
-QJsonObject dialogue(const Receiver &receiver, int since)
+QJsonObject dialogue(const Receiver &receiver, const Arguments &arguments)
 {
+    const int since = arguments.integer("since");
+    const bool whole = arguments.value("entries").toBool();
     int bytes = 0;
     int last = since;
     bool more = false;
@@ -92,14 +118,14 @@ QJsonObject dialogue(const Receiver &receiver, int since)
     const int gone = found.isEmpty() ? 0 : found.first().number - since - 1;
     for (const DialogueLine &line : found) {
         const QString text = line.text();
-        bytes += text.size() + 3; // quotes and comma; the words are plain ASCII
+        bytes += text.size() + (whole ? kKeyBytes : 3); // quotes and comma; plain ASCII
         more = bytes > kAnswerBytes;
         if (more)
             break;
-        lines.append(text);
+        lines.append(whole ? QJsonValue(toJson(line)) : QJsonValue(text));
         last = line.number;
     }
-    return {{"lines", lines}, {"gone", gone}, {"next", last}, {"more", more}};
+    return {{whole ? "entries" : "lines", lines}, {"gone", gone}, {"next", last}, {"more", more}};
 }
 
 QJsonObject flash(const Receiver &receiver, const Arguments &arguments)
@@ -231,15 +257,17 @@ void addSettings(Dispatcher *dispatcher, UnitDocument *document, Receiver *recei
 
 void addRecord(Dispatcher *dispatcher, Receiver *receiver)
 {
-    dispatcher->add({"receiver.dialogue",
-                     {since()},
-                     "The frames of both directions, a line of words each; 'more' says that 'next' "
-                     "asks for a rest",
-                     "since=0",
-                     asked(receiver, [receiver](const Call &call) {
-                         call.responder.succeed(
-                             dialogue(*receiver, call.arguments.integer("since")));
-                     })});
+    dispatcher->add(
+        {"receiver.dialogue",
+         {since(),
+          optional("entries", ParameterType::Boolean,
+                   "true: 'entries', each as in 'receiver.frame', in place of 'lines'")},
+         "The frames of both directions, a line of words each; 'more' says that 'next' "
+         "asks for a rest",
+         "since=0",
+         asked(receiver, [receiver](const Call &call) {
+             call.responder.succeed(dialogue(*receiver, call.arguments));
+         })});
     dispatcher->add(
         {"receiver.flash",
          {required("address", ParameterType::Address, "of the first byte"), flashLength(),
@@ -257,27 +285,72 @@ void addRecord(Dispatcher *dispatcher, Receiver *receiver)
          asked(receiver, [receiver](const Call &call) { waitForPhase(call, receiver); })});
 }
 
+// What happens on the line comes from the receiver's thread, in its order.
+void addEvents(Dispatcher *dispatcher, const Receiver *receiver)
+{
+    dispatcher->addEvent("receiver.phase", "'phase': the receiver has got there");
+    dispatcher->addEvent("receiver.anomaly", "'text': what came, and what was expected");
+    dispatcher->addEvent("receiver.baud",
+                         "'baud', 'host_baud': the rate of the receiver or of the host is another");
+    dispatcher->addEvent("receiver.frame",
+                         "a frame, or an event beside it: 'n', 'ms', 'direction', 'baud', 'step', "
+                         "'meaning', 'bytes' (hex, the first 64), 'length'");
+    dispatcher->addEvent("receiver.image",
+                         "'image' from 1, with the keys of 'images' in the state: it begins, or is "
+                         "complete");
+    dispatcher->addEvent("receiver.written",
+                         "'address', 'length', 'image': a part of the flash has been written; "
+                         "image 0: it was replaced");
+    dispatcher->addEvent("receiver.fault",
+                         "'number' from 0, 'done', 'deed', 'ms': a fault of the list has struck");
+    if (receiver == nullptr)
+        return;
+    const auto tell = [dispatcher](const char *event, const QJsonObject &params) {
+        emit dispatcher->eventHappened(QString::fromLatin1(event), params);
+    };
+    QObject::connect(receiver, &Receiver::phaseChanged, dispatcher, [tell](const QString &phase) {
+        tell("receiver.phase", {{"phase", phase}});
+    });
+    QObject::connect(receiver, &Receiver::anomalyFound, dispatcher, [tell](const QString &text) {
+        tell("receiver.anomaly", {{"text", text}});
+    });
+    QObject::connect(receiver, &Receiver::baudChanged, dispatcher, [tell](int baud, int hostBaud) {
+        tell("receiver.baud", {{"baud", baud}, {"host_baud", hostBaud}});
+    });
+    QObject::connect(receiver, &Receiver::lineAdded, dispatcher,
+                     [tell](const DialogueLine &line) { tell("receiver.frame", toJson(line)); });
+    QObject::connect(receiver, &Receiver::imageChanged, dispatcher,
+                     [tell](int number, const WrittenImage &image) {
+                         QJsonObject params = toJson(image);
+                         params.insert("image", number);
+                         tell("receiver.image", params);
+                     });
+    QObject::connect(
+        receiver, &Receiver::flashWritten, dispatcher,
+        [tell](quint32 address, quint32 length, int image) {
+            tell("receiver.written",
+                 {{"address", double(address)}, {"length", int(length)}, {"image", image}});
+        });
+    QObject::connect(receiver, &Receiver::faultStruck, dispatcher,
+                     [tell](int number, const FaultReport &lastDeed) {
+                         tell("receiver.fault",
+                              {{"number", number},
+                               {"done", lastDeed.done},
+                               {"deed", lastDeed.deeds.value(0)},
+                               {"ms", lastDeed.moments.value(0)}});
+                     });
+}
+
 } // namespace
 
 void addReceiverMethods(Dispatcher *dispatcher, UnitDocument *document, Receiver *receiver)
 {
     addSettings(dispatcher, document, receiver);
     addRecord(dispatcher, receiver);
-    dispatcher->addEvent("receiver.phase", "'phase': the receiver has got there");
-    dispatcher->addEvent("receiver.anomaly", "'text': what came, and what was expected");
+    addEvents(dispatcher, receiver);
     dispatcher->addToSchema("phases", QJsonArray::fromStringList(phaseNames()));
     dispatcher->addToSchema("steps", QJsonArray::fromStringList(stepNames()));
     dispatcher->addToSchema("faults", QJsonArray::fromStringList(Fault::kindNames()));
-    if (receiver == nullptr)
-        return;
-    QObject::connect(receiver, &Receiver::phaseChanged, dispatcher,
-                     [dispatcher](const QString &phase) {
-                         emit dispatcher->eventHappened("receiver.phase", {{"phase", phase}});
-                     });
-    QObject::connect(receiver, &Receiver::anomalyFound, dispatcher,
-                     [dispatcher](const QString &text) {
-                         emit dispatcher->eventHappened("receiver.anomaly", {{"text", text}});
-                     });
 }
 
 } // namespace bench

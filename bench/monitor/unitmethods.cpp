@@ -3,6 +3,7 @@
 #include "dispatcher.h"
 #include "unitvalues.h"
 
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
 #include "bench/unit/unitdocument.h"
 #include "gpsservice/gpsservice.h"
@@ -36,8 +37,16 @@ QJsonObject emitSignal(const QString &name)
     return {};
 }
 
-void addUnitEvents(Dispatcher *dispatcher)
+void addUnitEvents(Dispatcher *dispatcher, UnitDocument *document)
 {
+    dispatcher->addEvent("unit.changed", "'path', 'value': a value of the unit is another one");
+    QObject::connect(&unit(), &HeadUnit::written, document, &UnitDocument::tellChanges);
+    QObject::connect(document, &UnitDocument::changed, dispatcher,
+                     [dispatcher, document](const QString &path) {
+                         emit dispatcher->eventHappened(
+                             "unit.changed", {{"path", path}, {"value", *document->value(path)}});
+                     });
+
     dispatcher->addEvent("unit.popup", "'text': a message that the unit shows for a while");
     QObject::connect(&unit(), &HeadUnit::popupShown, dispatcher, [dispatcher](const QString &text) {
         emit dispatcher->eventHappened("unit.popup", {{"text", text}});
@@ -84,7 +93,7 @@ void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document)
          "signal=gnss.status",
          direct([](const Arguments &arguments) { return emitSignal(arguments.text("signal")); })});
     dispatcher->addToSchema("paths", describePaths(*document));
-    addUnitEvents(dispatcher);
+    addUnitEvents(dispatcher, document);
 }
 
 } // namespace bench

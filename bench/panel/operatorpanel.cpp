@@ -4,7 +4,10 @@
 
 #include "bench/host/host.h"
 #include "bench/root/privateroot.h"
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
+#include "bench/unit/unitdocument.h"
+#include "bench/unit/usbstate.h"
 #include "gpsservice/gpsservice.h"
 
 #include <QCheckBox>
@@ -47,6 +50,7 @@ OperatorPanel::OperatorPanel(const Bench &parts, QWidget *parent) : QWidget(pare
     column->addWidget(picture);
     column->addWidget(result);
     column->addStretch();
+    connect(bench.document, &UnitDocument::changed, this, &OperatorPanel::follow);
 }
 
 QGroupBox *OperatorPanel::keys()
@@ -72,33 +76,58 @@ QGroupBox *OperatorPanel::keys()
     return box;
 }
 
+// The panel writes by the paths that scripts use, and shows what stands there afterwards.
+void OperatorPanel::set(const char *path, const QJsonValue &value)
+{
+    bench.document->setValue(QString::fromLatin1(path), value);
+}
+
+// Whoever has changed the value: the boxes tell nobody of it again.
+void OperatorPanel::follow(const QString &path)
+{
+    const QSignalBlocker quiet[] = {QSignalBlocker(antenna), QSignalBlocker(moduleKind),
+                                    QSignalBlocker(sky), QSignalBlocker(diskOnPort[0]),
+                                    QSignalBlocker(diskOnPort[1])};
+    if (path == QLatin1String("gnss.antenna"))
+        antenna->setCurrentText(unit().gnss.antenna);
+    else if (path == QLatin1String("gnss.module_kind"))
+        moduleKind->setValue(unit().gnss.moduleKind);
+    else if (path == QLatin1String("gnss.sky"))
+        sky->setChecked(unit().gnss.followsSky);
+    for (int port = 0; port < 2; ++port) {
+        if (path == QStringLiteral("usb.%1.disk").arg(port))
+            diskOnPort[port]->setChecked(unit().usb.ports[port].disk);
+    }
+}
+
 QGroupBox *OperatorPanel::gnss()
 {
-    auto *antenna = new QComboBox;
+    antenna = new QComboBox;
     antenna->setObjectName(QStringLiteral("panel_antenna"));
     antenna->addItems({QStringLiteral("OK"), QStringLiteral("Open"), QStringLiteral("Short")});
     antenna->setCurrentText(unit().gnss.antenna);
     connect(antenna, &QComboBox::currentTextChanged, this,
-            [](const QString &text) { unit().gnss.antenna = text; });
+            [this](const QString &text) { set("gnss.antenna", text); });
 
-    auto *kind = new QSpinBox;
-    kind->setObjectName(QStringLiteral("panel_module_kind"));
-    kind->setToolTip(QStringLiteral("1: flashed from the test mode; else by the unit's updater"));
-    kind->setValue(unit().gnss.moduleKind);
-    connect(kind, QOverload<int>::of(&QSpinBox::valueChanged), this, [](int value) {
-        unit().gnss.moduleKind = value;
+    moduleKind = new QSpinBox;
+    moduleKind->setObjectName(QStringLiteral("panel_module_kind"));
+    moduleKind->setToolTip(
+        QStringLiteral("1: flashed from the test mode; else by the unit's updater"));
+    moduleKind->setValue(unit().gnss.moduleKind);
+    connect(moduleKind, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int value) {
+        set("gnss.module_kind", value);
         emit gpsservice::GpsService::instance()->modualApatationCompelete(value);
     });
 
-    auto *sky = new QCheckBox(QStringLiteral("satellites move, once a second"));
+    sky = new QCheckBox(QStringLiteral("satellites move, once a second"));
     sky->setObjectName(QStringLiteral("panel_sky"));
     sky->setChecked(unit().gnss.followsSky);
-    connect(sky, &QCheckBox::toggled, this, [](bool on) { unit().followSky(on); });
+    connect(sky, &QCheckBox::toggled, this, [this](bool on) { set("gnss.sky", on); });
 
     auto *box = new QGroupBox(QStringLiteral("GNSS"));
     auto *form = new QFormLayout(box);
     form->addRow(QStringLiteral("Antenna"), antenna);
-    form->addRow(QStringLiteral("Module kind"), kind);
+    form->addRow(QStringLiteral("Module kind"), moduleKind);
     form->addRow(QStringLiteral("Sky"), sky);
     return box;
 }
@@ -111,11 +140,12 @@ QGroupBox *OperatorPanel::disks()
         auto *disk = new QCheckBox(QStringLiteral("Port %1").arg(port));
         disk->setObjectName(QStringLiteral("panel_usb%1").arg(port));
         disk->setChecked(unit().usb.ports[port].disk);
-        connect(disk, &QCheckBox::toggled, this, [port](bool there) {
-            unit().usb.ports[port].path = QString::fromLatin1(kUsbFolders[port]);
-            unit().usb.ports[port].disk = there;
+        connect(disk, &QCheckBox::toggled, this, [this, port](bool there) {
+            set(port == 0 ? "usb.0" : "usb.1",
+                QJsonObject{{"path", QString::fromLatin1(kUsbFolders[port])}, {"disk", there}});
         });
         row->addWidget(disk);
+        diskOnPort[port] = disk;
     }
     return box;
 }

@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+class QCheckBox;
+class QComboBox;
 class QGroupBox;
 class QLabel;
 class QSpinBox;
@@ -23,11 +25,17 @@ private:
     QGroupBox *keys();
     QGroupBox *gnss();
     QGroupBox *disks();
+    void set(const char *path, const QJsonValue &value);
+    void follow(const QString &path);
     void sendKey();
     void takePicture();
 
     Bench bench;
     QSpinBox *keyCode = nullptr;
+    QComboBox *antenna = nullptr;
+    QSpinBox *moduleKind = nullptr;
+    QCheckBox *sky = nullptr;
+    QCheckBox *diskOnPort[2] = {};
     QLabel *result = nullptr; // of the last thing done
     int pictures = 0;         // taken so far
 };

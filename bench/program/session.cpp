@@ -16,7 +16,9 @@
 #include "bench/serial/resetprompt.h"
 #include "bench/tour/tour.h"
 #include "bench/unit/headunit.h"
+#include "bench/unit/systemstate.h"
 #include "bench/unit/unitpaths.h"
+#include "bench/unit/usbstate.h"
 
 #include <QApplication>
 #include <QFile>
@@ -134,8 +136,12 @@ int Session::loadPlugin()
 int Session::loadUnitState()
 {
     const bool simulated = options.uarts.empty();
-    parts = {&host, simulated ? &receiver : nullptr, &trace,
-             QString::fromStdString(options.pictures), resetPrompt.get()};
+    parts = {&host,
+             simulated ? &receiver : nullptr,
+             &trace,
+             QString::fromStdString(options.pictures),
+             resetPrompt.get(),
+             &document};
     dispatcher = makeDispatcher(parts, &document);
     connect(dispatcher.get(), &Dispatcher::quitRequested, this, &Session::end,
             Qt::QueuedConnection);
@@ -151,12 +157,12 @@ int Session::loadUnitState()
 void Session::attachNamedFolders()
 {
     if (!options.package.empty())
-        unit().system.updateFolder = QLatin1String(kPackageFolder);
+        unit().change()->system.updateFolder = QLatin1String(kPackageFolder);
     for (int port = 0; port < 2; ++port) {
         if (options.usb[port].empty())
             continue;
-        unit().usb.ports[port].disk = true;
-        unit().usb.ports[port].path = QLatin1String(kUsbFolders[port]);
+        unit().change()->usb.ports[port].disk = true;
+        unit().change()->usb.ports[port].path = QLatin1String(kUsbFolders[port]);
     }
 }
 

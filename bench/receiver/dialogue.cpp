@@ -24,9 +24,13 @@ void Dialogue::add(DialogueLine line)
 {
     line.length = line.bytes.size();
     line.bytes.truncate(kShownBytes);
-    const QMutexLocker lock(&mutex);
-    line.number = log.lastNumber() + 1;
-    log.append(line);
+    {
+        const QMutexLocker lock(&mutex);
+        line.number = log.lastNumber() + 1;
+        log.append(line);
+    }
+    if (onLine)
+        onLine(line);
 }
 
 QVector<DialogueLine> Dialogue::lines(int since) const

@@ -6,6 +6,8 @@
 
 #include <QMutex>
 
+#include <functional>
+
 namespace bench::chip {
 
 // The frames of both directions in words, with what struck between them. Any thread.
@@ -13,6 +15,9 @@ class Dialogue
 {
 public:
     static constexpr int kShownBytes = 64; // of a frame
+
+    // Called in the receiver's thread, with the line as it is kept.
+    std::function<void(const DialogueLine &line)> onLine;
 
     // Numbers the line and keeps the beginning of its bytes; `line.length` is filled in.
     void add(DialogueLine line);

@@ -73,8 +73,9 @@ struct Fault
 struct FaultReport
 {
     Fault fault;
-    int done = 0;      // how often it struck
-    QStringList deeds; // each, with the place and the bytes; at most the first 1000
+    int done = 0;            // how often it struck
+    QStringList deeds;       // each, with the place and the bytes; at most the first 1000
+    QVector<qint64> moments; // of the deeds: milliseconds since the line was opened
 };
 
 } // namespace bench

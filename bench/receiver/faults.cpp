@@ -120,15 +120,23 @@ bool Faults::mayStrike(Fault::Kind kind, Fault::Direction direction, const Place
     return false;
 }
 
-void Faults::tell(const Struck &struck, const QString &deed)
+void Faults::tell(const Struck &struck, const QString &deed, qint64 elapsed)
 {
-    const QMutexLocker lock(&mutex);
-    if (struck.list != listNumber)
-        return; // another list was set meanwhile
-    FaultReport &report = entries[static_cast<size_t>(struck.number)].report;
-    ++report.done;
-    if (report.deeds.size() < kMostDeeds)
-        report.deeds << deed;
+    FaultReport told;
+    {
+        const QMutexLocker lock(&mutex);
+        if (struck.list != listNumber)
+            return; // another list was set meanwhile
+        FaultReport &report = entries[static_cast<size_t>(struck.number)].report;
+        ++report.done;
+        if (report.deeds.size() < kMostDeeds) {
+            report.deeds << deed;
+            report.moments << elapsed;
+        }
+        told = {report.fault, report.done, {deed}, {elapsed}};
+    }
+    if (onStruck)
+        onStruck(struck.number, told);
 }
 
 bool Faults::fits(const Entry &entry, const Place &place, int index)

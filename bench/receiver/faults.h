@@ -5,6 +5,7 @@
 #include <QMutex>
 
 #include <atomic>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -37,6 +38,9 @@ struct Struck
 class Faults
 {
 public:
+    // Called in the receiver's thread: the place in the list, and the last deed of the fault there.
+    std::function<void(int number, const FaultReport &report)> onStruck;
+
     void set(const QVector<Fault> &faults, quint32 seed);
     QVector<FaultReport> reports() const;
 
@@ -52,7 +56,8 @@ public:
 
     bool empty() const { return kindsSet == 0; }
 
-    void tell(const Struck &struck, const QString &deed);
+    // `elapsed`: milliseconds since the line was opened.
+    void tell(const Struck &struck, const QString &deed, qint64 elapsed);
 
 private:
     static constexpr int kMostDeeds = 1000;

@@ -1,5 +1,7 @@
 #include "flash.h"
 
+#include <utility>
+
 namespace bench::chip {
 
 Flash::Flash()
@@ -16,11 +18,15 @@ int Flash::writeSector(quint32 address, const QByteArray &bytes, int image)
 {
     Q_ASSERT(contains(address, kSectorSize) && (address - kBase) % kSectorSize == 0);
     Q_ASSERT(bytes.size() == static_cast<int>(kSectorSize));
-    const QMutexLocker lock(&mutex);
-    content.replace(static_cast<int>(address - kBase), bytes.size(), bytes);
-    int &owner = owners[static_cast<int>((address - kBase) / kSectorSize)];
-    const int before = owner;
-    owner = image;
+    int before = 0;
+    {
+        const QMutexLocker lock(&mutex);
+        content.replace(static_cast<int>(address - kBase), bytes.size(), bytes);
+        int &owner = owners[static_cast<int>((address - kBase) / kSectorSize)];
+        before = std::exchange(owner, image);
+    }
+    if (onWritten)
+        onWritten(address, kSectorSize, image);
     return before == image ? 0 : before;
 }
 
@@ -28,8 +34,12 @@ bool Flash::load(const QByteArray &whole)
 {
     if (whole.size() != static_cast<int>(kSize))
         return false;
-    const QMutexLocker lock(&mutex);
-    content = whole;
+    {
+        const QMutexLocker lock(&mutex);
+        content = whole;
+    }
+    if (onWritten)
+        onWritten(kBase, kSize, 0);
     return true;
 }
 

@@ -4,6 +4,8 @@
 #include <QMutex>
 #include <QVector>
 
+#include <functional>
+
 namespace bench::chip {
 
 // The receiver's flash: 4 MiB at 0x08000000, 0xFF where erased. Any thread.
@@ -15,6 +17,9 @@ public:
     static constexpr quint32 kSectorSize = 4096; // erased as a whole before it is written
 
     Flash();
+
+    // Called in the thread that wrote; `image` as writeSector() was told, 0 for a load().
+    std::function<void(quint32 address, quint32 length, int image)> onWritten;
 
     static bool contains(quint32 address, quint32 length);
 

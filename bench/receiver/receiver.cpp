@@ -18,8 +18,23 @@ struct Receiver::Parts
 
 Receiver::Receiver(QObject *parent) : QObject(parent), parts(std::make_unique<Parts>())
 {
-    parts->chip.logbook.onPhase = [this](const QString &phase) { emit phaseChanged(phase); };
-    parts->chip.logbook.onAnomaly = [this](const QString &text) { emit anomalyFound(text); };
+    qRegisterMetaType<DialogueLine>();
+    qRegisterMetaType<FaultReport>();
+    qRegisterMetaType<WrittenImage>();
+    chip::Chip &chip = parts->chip;
+    chip.logbook.onPhase = [this](const QString &phase) { emit phaseChanged(phase); };
+    chip.logbook.onAnomaly = [this](const QString &text) { emit anomalyFound(text); };
+    chip.logbook.onBaud = [this](int baud, int hostBaud) { emit baudChanged(baud, hostBaud); };
+    chip.logbook.onImage = [this](int number, const WrittenImage &image) {
+        emit imageChanged(number, image);
+    };
+    chip.dialogue.onLine = [this](const DialogueLine &line) { emit lineAdded(line); };
+    chip.flash.onWritten = [this](quint32 address, quint32 length, int image) {
+        emit flashWritten(address, length, image);
+    };
+    chip.faults.onStruck = [this](int number, const FaultReport &lastDeed) {
+        emit faultStruck(number, lastDeed);
+    };
 }
 
 Receiver::~Receiver()

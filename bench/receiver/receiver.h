@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "receiverstate.h"
 
+#include <QMetaType>
 #include <QObject>
 
 #include <functional>
@@ -60,9 +61,15 @@ public:
     QVector<DialogueLine> dialogue(int since = 0) const;
 
 signals:
-    // Emitted in the receiver's thread.
+    // Emitted in the receiver's thread, in the order of what happens; flashWritten() of a
+    // setFlash() in the caller's.
     void phaseChanged(const QString &phase);
     void anomalyFound(const QString &text);
+    void baudChanged(int baud, int hostBaud);
+    void lineAdded(const bench::DialogueLine &line);                  // to the dialogue
+    void imageChanged(int number, const bench::WrittenImage &image);  // begun, or complete
+    void flashWritten(quint32 address, quint32 length, int image);    // image 0: setFlash()
+    void faultStruck(int number, const bench::FaultReport &lastDeed); // number: from 0, in the list
 
 private:
     QString start(QString *error, const std::function<bool(QString *)> &openLine);
@@ -72,3 +79,7 @@ private:
 };
 
 } // namespace bench
+
+Q_DECLARE_METATYPE(bench::DialogueLine)
+Q_DECLARE_METATYPE(bench::FaultReport)
+Q_DECLARE_METATYPE(bench::WrittenImage)

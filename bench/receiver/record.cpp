@@ -63,15 +63,27 @@ void Record::anomaly(const QString &text)
 
 void Record::setBaud(int baud)
 {
-    const QMutexLocker lock(&mutex);
-    now.baud = baud;
+    {
+        const QMutexLocker lock(&mutex);
+        if (baud == now.baud)
+            return;
+        now.baud = baud;
+    }
+    if (onBaud)
+        onBaud(baud, now.hostBaud);
 }
 
 void Record::received(int count, int hostBaud)
 {
-    const QMutexLocker lock(&mutex);
-    now.bytesIn += count;
-    now.hostBaud = hostBaud;
+    {
+        const QMutexLocker lock(&mutex);
+        now.bytesIn += count;
+        if (hostBaud == now.hostBaud)
+            return;
+        now.hostBaud = hostBaud;
+    }
+    if (onBaud)
+        onBaud(now.baud, hostBaud);
 }
 
 void Record::sent(int count)
@@ -82,12 +94,15 @@ void Record::sent(int count)
 
 void Record::beginImage(quint32 address, int length)
 {
-    const QMutexLocker lock(&mutex);
-    imageBegan = clock.nsecsElapsed();
-    WrittenImage image;
-    image.address = address;
-    image.length = length;
-    now.images.append(image);
+    {
+        const QMutexLocker lock(&mutex);
+        imageBegan = clock.nsecsElapsed();
+        WrittenImage image;
+        image.address = address;
+        image.length = length;
+        now.images.append(image);
+    }
+    tellImage();
 }
 
 void Record::packetWritten()
@@ -99,10 +114,20 @@ void Record::packetWritten()
 
 void Record::completeImage()
 {
-    const QMutexLocker lock(&mutex);
-    WrittenImage &image = now.images.last();
-    image.complete = true;
-    image.microseconds = (clock.nsecsElapsed() - imageBegan) / 1000;
+    {
+        const QMutexLocker lock(&mutex);
+        WrittenImage &image = now.images.last();
+        image.complete = true;
+        image.microseconds = (clock.nsecsElapsed() - imageBegan) / 1000;
+    }
+    tellImage();
+}
+
+// Read without the lock: the receiver's thread alone writes.
+void Record::tellImage()
+{
+    if (onImage)
+        onImage(now.images.size(), now.images.last());
 }
 
 ReceiverState Record::state() const

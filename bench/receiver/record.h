@@ -17,6 +17,8 @@ public:
     // Called in the receiver's thread.
     std::function<void(const QString &phase)> onPhase;
     std::function<void(const QString &text)> onAnomaly;
+    std::function<void(int baud, int hostBaud)> onBaud;                 // either is another one
+    std::function<void(int number, const WrittenImage &image)> onImage; // begun, or complete
 
     void open();    // the line is new: times begin at 0
     void restart(); // the receiver came out of a reset
@@ -39,6 +41,8 @@ public:
 
 private:
     static constexpr int kMostAnomalies = 1000;
+
+    void tellImage();
 
     mutable QMutex mutex;
     QElapsedTimer clock;

@@ -378,7 +378,7 @@ void Uart::transmit(const QByteArray &bytes)
 
 void Uart::report(const Struck &struck, const QString &deed)
 {
-    faults.tell(struck, here.text() + QLatin1String(": ") + deed);
+    faults.tell(struck, here.text() + QLatin1String(": ") + deed, logbook.elapsed());
     record(DialogueLine::Event, QStringLiteral("fault: ") + deed);
 }
 

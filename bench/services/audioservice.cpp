@@ -1,5 +1,6 @@
 #include "kraudio/audioservice.h"
 
+#include "bench/unit/audiostate.h"
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
 
@@ -24,8 +25,8 @@ void AudioService::setMicAnalogGain(float first, float second)
 {
     journal().call(kService, QStringLiteral("setMicAnalogGain"),
                    {static_cast<double>(first), static_cast<double>(second)});
-    unit().audio.analogGain[0] = first;
-    unit().audio.analogGain[1] = second;
+    unit().change()->audio.analogGain[0] = first;
+    unit().change()->audio.analogGain[1] = second;
 }
 
 void AudioService::configMic(krMicConfig config)
@@ -33,7 +34,7 @@ void AudioService::configMic(krMicConfig config)
     journal().call(kService, QStringLiteral("configMic"),
                    {static_cast<double>(config.opGain), static_cast<double>(config.pgaGain),
                     static_cast<double>(config.uplinkGain)});
-    unit().audio.microphone = config;
+    unit().change()->audio.microphone = config;
 }
 
 } // namespace kraudio

@@ -1,5 +1,6 @@
 #include "krdatetime/datetimemanager.h"
 
+#include "bench/unit/clockstate.h"
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
 

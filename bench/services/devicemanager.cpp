@@ -2,6 +2,7 @@
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
+#include "bench/unit/usbstate.h"
 
 namespace krdevice {
 
@@ -44,7 +45,7 @@ void DeviceManager::setUsbBcMode(int port, int mode)
 {
     journal().call(kService, QStringLiteral("setUsbBcMode"), {port, mode});
     if (port == 0 || port == 1)
-        unit().usb.ports[port].chargingMode = mode;
+        unit().change()->usb.ports[port].chargingMode = mode;
 }
 
 int DeviceManager::getUsbBcMode(int port)
@@ -56,7 +57,7 @@ int DeviceManager::getUsbBcMode(int port)
 void DeviceManager::setUsbCertification(int mode)
 {
     journal().call(kService, QStringLiteral("setUsbCertification"), {mode});
-    unit().usb.certification = mode;
+    unit().change()->usb.certification = mode;
 }
 
 int DeviceManager::getUsbCertification()

@@ -1,5 +1,6 @@
 #include "gnssreceiver.h"
 
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
 #include "gpsservice/gpsservice.h"
 
@@ -62,7 +63,8 @@ void GnssReceiver::queryVersion()
 
 void GnssReceiver::report()
 {
-    GnssState &gnss = unit().gnss;
+    UnitChange change = unit().change();
+    GnssState &gnss = change->gnss;
     const bool wasCalibrated = gnss.sky.isCalibrated();
     gnss.sky.setAntenna(antennaOf(gnss.antenna));
     gnss.sky.advance(1);

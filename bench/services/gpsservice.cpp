@@ -1,5 +1,6 @@
 #include "gpsservice/gpsservice.h"
 
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
 #include "gnssreceiver.h"
@@ -85,20 +86,20 @@ void GpsService::read_set_CMD_VERSION()
 void GpsService::read_set_CMD_COLD_START()
 {
     record("read_set_CMD_COLD_START");
-    unit().gnss.sky.coldStart();
+    unit().change()->gnss.sky.coldStart();
 }
 
 void GpsService::read_set_CMD_RESET_CALIBRATION()
 {
     record("read_set_CMD_RESET_CALIBRATION");
-    unit().gnss.installStatus = kNotCalibrated;
-    unit().gnss.sky.clearCalibration();
+    unit().change()->gnss.installStatus = kNotCalibrated;
+    unit().change()->gnss.sky.clearCalibration();
 }
 
 void GpsService::read_set_CMD_RESET_REBOOT()
 {
     record("read_set_CMD_RESET_REBOOT");
-    unit().gnss.sky.restart();
+    unit().change()->gnss.sky.restart();
 }
 
 void GpsService::saveNmeaData2USB()

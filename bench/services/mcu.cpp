@@ -3,6 +3,7 @@
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
+#include "bench/unit/systemstate.h"
 
 using bench::journal;
 using bench::unit;
@@ -24,7 +25,7 @@ McuService *McuService::instance()
 void McuService::setWatchDogEnable(bool enable)
 {
     journal().call(kService, QStringLiteral("setWatchDogEnable"), {enable});
-    unit().system.watchdogEnabled = enable;
+    unit().change()->system.watchdogEnabled = enable;
 }
 
 void McuService::setResetSystem(int kind)

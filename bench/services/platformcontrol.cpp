@@ -2,6 +2,7 @@
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
+#include "bench/unit/usbstate.h"
 
 #include <QFile>
 #include <QThread>
@@ -16,9 +17,14 @@ namespace {
 
 const QString kReportFile = QStringLiteral("/var/ipt.log");
 
-NetworkTestState &tests()
+const NetworkTestState &tests()
 {
     return unit().usb.networkTests;
+}
+
+void setServer(const QString &title)
+{
+    unit().change()->usb.networkTests.server = title;
 }
 
 // One line a second, then the sum; a run of the unit measures ten seconds.
@@ -69,7 +75,7 @@ public:
         if (result != 0)
             return result;
         const QString server = tests().server;
-        tests().server.clear();
+        setServer(QString());
         const QString text =
             server.isEmpty() ? QStringLiteral("no test was running\n") : report(server, 93.4);
         return store(text) ? 0 : -1;
@@ -98,7 +104,7 @@ private:
     {
         const int result = begin(operation);
         if (result == 0)
-            tests().server = title;
+            setServer(title);
         return result;
     }
 

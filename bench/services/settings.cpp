@@ -3,6 +3,7 @@
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
+#include "bench/unit/settingsstate.h"
 
 #include <QJsonValue>
 
@@ -42,14 +43,14 @@ int SettingsCache::getValue(const QString &key, int defaultValue)
 void SettingsCache::setValue(const QString &key, const QVariant &value)
 {
     journal().call(kCache, QStringLiteral("setValue"), {key, QJsonValue::fromVariant(value)});
-    unit().settings.cache.insert(key, Setting{QVariant(), value});
+    unit().change()->settings.cache.insert(key, Setting{QVariant(), value});
 }
 
 void SettingsCache::setValue(QString key, QVariant first, QVariant value)
 {
     journal().call(kCache, QStringLiteral("setValue"),
                    {key, QJsonValue::fromVariant(first), QJsonValue::fromVariant(value)});
-    unit().settings.cache.insert(key, Setting{first, value});
+    unit().change()->settings.cache.insert(key, Setting{first, value});
 }
 
 SettingsFunc *SettingsFunc::instance()
@@ -69,7 +70,7 @@ void SettingsFunc::setValue(QString key, QVariant first, QVariant value, bool fl
 {
     journal().call(kFunc, QStringLiteral("setValue"),
                    {key, QJsonValue::fromVariant(first), QJsonValue::fromVariant(value), flag});
-    unit().settings.func.insert(key, Setting{first, value});
+    unit().change()->settings.func.insert(key, Setting{first, value});
 }
 
 } // namespace mem

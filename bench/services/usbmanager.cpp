@@ -2,6 +2,7 @@
 
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
+#include "bench/unit/usbstate.h"
 
 namespace lm_usb {
 
@@ -18,7 +19,7 @@ public:
     int switchUsbMode(int mode) override
     {
         journal().call(kService, QStringLiteral("switchUsbMode"), {mode});
-        unit().usb.function = mode;
+        unit().change()->usb.function = mode;
         return 0;
     }
 };

@@ -31,10 +31,11 @@ void TraceLog::handle(QtMsgType type, const QMessageLogContext &context, const Q
 {
     TraceLog *log = active;
     bool forward = true;
+    int number = 0;
     {
         const QMutexLocker lock(&log->mutex);
         if (type == QtDebugMsg) {
-            log->debugLines.append(text);
+            number = log->debugLines.append(text);
             forward = !log->quiet;
         } else if (type != QtInfoMsg) {
             log->warningLines.append(text);
@@ -43,7 +44,7 @@ void TraceLog::handle(QtMsgType type, const QMessageLogContext &context, const Q
     if (forward && log->previous)
         log->previous(type, context, text);
     if (type == QtDebugMsg)
-        emit log->added(text);
+        emit log->added(text, number);
 }
 
 QStringList TraceLog::lines(int since, int *gone) const

@@ -37,7 +37,7 @@ public:
     void setQuiet(bool quiet);
 
 signals:
-    void added(const QString &line); // emitted in the thread of the message
+    void added(const QString &line, int number); // emitted in the thread of the message
 
 private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text);

@@ -114,10 +114,17 @@ UnitDocument::Problem wrongValue(const QString &message)
 
 } // namespace
 
+UnitDocument::UnitDocument(const QVector<Entry> &paths)
+{
+    for (const Entry &entry : paths)
+        add(entry);
+}
+
 void UnitDocument::add(const Entry &entry)
 {
     Q_ASSERT(rowOf(entry.path) < 0);
     table.append(entry);
+    told.append(entry.read());
 }
 
 std::optional<QJsonValue> UnitDocument::value(const QString &path) const
@@ -146,9 +153,29 @@ UnitDocument::Problem UnitDocument::setValue(const QString &path, const QJsonVal
     // In the table's order: some values follow from earlier ones unless they are given.
     std::stable_sort(changes.begin(), changes.end(),
                      [](const Change &a, const Change &b) { return a.first < b.first; });
+    writing = true;
     for (const Change &change : qAsConst(changes))
         table.at(change.first).write(change.second);
+    writing = false;
+    tellChanges();
     return {};
+}
+
+void UnitDocument::tellChanges()
+{
+    if (writing)
+        return;
+    QStringList paths;
+    for (int row = 0; row < table.size(); ++row) {
+        const QJsonValue value = table.at(row).read();
+        if (value == told.at(row))
+            continue;
+        told[row] = value;
+        paths << table.at(row).path;
+    }
+    // All values stand before the first is told: who hears of it may change the next.
+    for (const QString &path : qAsConst(paths))
+        emit changed(path);
 }
 
 UnitDocument::Problem UnitDocument::collect(const QString &path, const QJsonValue &value,

@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <QJsonValue>
+#include <QObject>
 #include <QString>
 #include <QVector>
 
@@ -14,8 +15,10 @@ namespace bench {
 // The state of the unit as one JSON document: a table of paths
 // ("gnss.module_kind") over the model's structures. A path may lead on into a
 // value that is a list or an object. GUI thread; the model outlives it.
-class UnitDocument
+class UnitDocument : public QObject
 {
+    Q_OBJECT
+
 public:
     // One value of the model.
     struct Entry
@@ -38,7 +41,7 @@ public:
         QString message;
     };
 
-    explicit UnitDocument(const QVector<Entry> &paths = {}) : table(paths) { }
+    explicit UnitDocument(const QVector<Entry> &paths = {});
 
     // Further paths, for a party that is no part of the model.
     void add(const Entry &entry);
@@ -51,6 +54,15 @@ public:
     // leaves out stay as they are.
     Problem setValue(const QString &path, const QJsonValue &value);
 
+    // Compares with what was told last, and says what is another value now. For a model that
+    // has changed by itself: HeadUnit::written() is connected to it.
+    void tellChanges();
+
+signals:
+    // The value at the path of an entry is another one. Whatever changed together is told
+    // together, when all of it stands: once a path, in the order of the table.
+    void changed(const QString &path);
+
 private:
     using Change = std::pair<int, QJsonValue>; // row of the table, its new value
 
@@ -61,6 +73,8 @@ private:
     bool isBranch(const QString &path) const;
 
     QVector<Entry> table;
+    QVector<QJsonValue> told; // value of each row
+    bool writing = false;     // what the rows tell meanwhile waits for the last one
 };
 
 // Reads a document from a file into the unit. Empty, or one line that names the

@@ -1,7 +1,12 @@
 #include "unitpaths.h"
 
+#include "audiostate.h"
+#include "gnssstate.h"
 #include "headunit.h"
 #include "recordentries.h"
+#include "settingsstate.h"
+#include "systemstate.h"
+#include "usbstate.h"
 #include "valueentries.h"
 
 namespace bench {
@@ -44,18 +49,17 @@ QVector<Entry> gnssPaths(GnssState *gnss)
     };
 }
 
-QVector<Entry> skyPaths(HeadUnit *unit)
+QVector<Entry> skyPaths(HeadUnit *unit, GnssState *gnss)
 {
-    GnssState *gnss = &unit->gnss;
     Entry sky = boolean("gnss.sky", &gnss->followsSky,
                         "the sky fills status record, satellites and duration once a second");
     sky.write = [unit](const QJsonValue &given) { unit->followSky(given.toBool()); };
     Entry seed =
         integer("gnss.sky_seed", nullptr, 0, kNoMaximum, "begins a new sky from this seed");
     seed.read = [gnss] { return static_cast<int>(gnss->sky.seed()); };
-    seed.write = [unit](const QJsonValue &given) {
-        unit->gnss.sky = Sky(static_cast<quint32>(given.toInt()));
-        unit->followSky(unit->gnss.followsSky);
+    seed.write = [unit, gnss](const QJsonValue &given) {
+        gnss->sky = Sky(static_cast<quint32>(given.toInt()));
+        unit->followSky(gnss->followsSky);
     };
     return {seed, sky};
 }
@@ -84,9 +88,8 @@ QVector<Entry> usbPaths(UsbState *usb)
     };
 }
 
-QVector<Entry> systemPaths(HeadUnit *unit)
+QVector<Entry> systemPaths(HeadUnit *unit, SystemState *system)
 {
-    SystemState *system = &unit->system;
     Entry statusBar = boolean("system.status_bar_hidden", &system->statusBarHidden,
                               "the status bar is off the screen");
     statusBar.write = [unit](const QJsonValue &given) { unit->setStatusBarHidden(given.toBool()); };
@@ -129,8 +132,17 @@ QVector<Entry> audioPaths(AudioState *audio)
 
 QVector<UnitDocument::Entry> pathsOf(HeadUnit *unit)
 {
-    return gnssPaths(&unit->gnss) + skyPaths(unit) + usbPaths(&unit->usb) + systemPaths(unit)
-        + settingsPaths(&unit->settings) + audioPaths(&unit->audio);
+    UnitChange parts = unit->change();
+    QVector<Entry> paths = gnssPaths(&parts->gnss) + skyPaths(unit, &parts->gnss)
+        + usbPaths(&parts->usb) + systemPaths(unit, &parts->system)
+        + settingsPaths(&parts->settings) + audioPaths(&parts->audio);
+    for (Entry &entry : paths) {
+        entry.write = [unit, write = entry.write](const QJsonValue &given) {
+            const UnitChange told = unit->change();
+            write(given);
+        };
+    }
+    return paths;
 }
 
 } // namespace bench

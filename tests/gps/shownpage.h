@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
 #include "bench/unit/journal.h"
 #include "gps/gps_test.h"
@@ -19,7 +20,8 @@ struct ShownPage : testmode::gps_test
 {
     ShownPage()
     {
-        bench::unit().gnss.versionDelay = 3600 * 1000; // unless a test says so, none arrives
+        bench::unit().change()->gnss.versionDelay =
+            3600 * 1000; // unless a test says so, none arrives
         show();
         bench::journal().clear();
     }
@@ -43,16 +45,16 @@ struct ShownPage : testmode::gps_test
 // What the service answers, and the signal that says so.
 inline void report(const krnmINFO &info)
 {
-    bench::unit().gnss.info = info;
+    bench::unit().change()->gnss.info = info;
     emit gpsservice::GpsService::instance()->krnmInfoRefresh(info);
 }
 
 inline void setSatellites(int count)
 {
-    bench::unit().gnss.satellites.clear();
+    bench::unit().change()->gnss.satellites.clear();
     for (int i = 0; i < count; ++i)
-        bench::unit().gnss.satellites.append({i + 1, 1, 45, 90, 30 + i});
-    bench::unit().gnss.info.satellitesInView = count;
+        bench::unit().change()->gnss.satellites.append({i + 1, 1, 45, 90, 30 + i});
+    bench::unit().change()->gnss.info.satellitesInView = count;
 }
 
 inline QStringList calls()

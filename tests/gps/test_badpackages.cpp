@@ -1,3 +1,4 @@
+#include "bench/unit/systemstate.h"
 #include "faultyreads.h"
 #include "tests/support/unittest.h"
 
@@ -218,7 +219,7 @@ void TestBadPackages::init()
 {
     UnitTest::init();
     writePackage(kFolder);
-    bench::unit().system.updateFolder = kFolder;
+    bench::unit().change()->system.updateFolder = kFolder;
     com_set = config();
     br = QStringLiteral("921600");
     downloadfile = {"old boot", "old partition", "old app", "old config"};
@@ -351,7 +352,7 @@ void TestBadPackages::folderOfAnyNameIsRead()
     QFETCH(QString, name);
     const QString folder = "/run/unit/named/" + name;
     writePackage(folder);
-    bench::unit().system.updateFolder = folder;
+    bench::unit().change()->system.updateFolder = folder;
     gpsupdate page;
     choose(&page);
     for (int i = 0; i < 5; ++i)
@@ -366,7 +367,7 @@ void TestBadPackages::folderIsNamedInUtf8WhateverTheLocale()
 {
     const QString folder = "/run/unit/固件 é";
     writePackage(folder);
-    bench::unit().system.updateFolder = folder;
+    bench::unit().change()->system.updateFolder = folder;
     gpsupdate page;
     QTextCodec *codec = QTextCodec::codecForLocale();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
@@ -382,7 +383,7 @@ void TestBadPackages::folderThatNoTextNamesIsReported()
 {
     writePackage("/run/unit/named");
     QCOMPARE(std::rename("/run/unit/named", "/run/unit/M\xfcller"), 0);
-    bench::unit().system.updateFolder = QString::fromUtf8("/run/unit/M\xfcller");
+    bench::unit().change()->system.updateFolder = QString::fromUtf8("/run/unit/M\xfcller");
     gpsupdate page;
     boxes().expect("Error", "Not open cfg_file!");
     choose(&page);
@@ -394,7 +395,7 @@ void TestBadPackages::folderThatNoTextNamesIsReported()
 
 void TestBadPackages::packageThatIsNotFoundIsReported()
 {
-    bench::unit().system.updateFolder.clear();
+    bench::unit().change()->system.updateFolder.clear();
     gpsupdate page;
     boxes().expect("Error", "Not open cfg_file!");
     choose(&page);

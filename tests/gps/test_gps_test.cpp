@@ -1,3 +1,6 @@
+#include "bench/unit/gnssstate.h"
+#include "bench/unit/settingsstate.h"
+#include "bench/unit/systemstate.h"
 #include "tests/support/clock/virtualclock.h"
 #include "tests/support/unittest.h"
 
@@ -208,8 +211,8 @@ void TestGpsTest::serviceSignalReachesThePage()
 
 void TestGpsTest::versionIsLoggedAndShown()
 {
-    bench::unit().gnss.versionDelay = 1;
-    bench::unit().gnss.version = "SIM 2.0 <b>";
+    bench::unit().change()->gnss.versionDelay = 1;
+    bench::unit().change()->gnss.version = "SIM 2.0 <b>";
     gps_test page;
     page.show();
     const auto *version = page.findChild<QLabel *>("txt_version");
@@ -288,7 +291,7 @@ void TestGpsTest::recordingLabelTellsTheStoredState()
     QFETCH(QVariant, stored);
     QFETCH(QString, label);
     if (stored.isValid())
-        bench::unit().settings.cache.insert("SetupRecordKrnmData", {QVariant(), stored});
+        bench::unit().change()->settings.cache.insert("SetupRecordKrnmData", {QVariant(), stored});
     const ShownPage page;
     QCOMPARE(page.text("gpslog_txt"), label);
 }

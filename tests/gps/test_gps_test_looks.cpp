@@ -1,3 +1,4 @@
+#include "bench/unit/gnssstate.h"
 #include "tests/support/unittest.h"
 
 #include "paintedrow.h"
@@ -42,7 +43,8 @@ void TestGpsTestLooks::backgroundIsBlack()
 void TestGpsTestLooks::longTextsAreNotClipped()
 {
     const ShownPage page;
-    bench::GnssState &gnss = bench::unit().gnss;
+    bench::UnitChange change = bench::unit().change();
+    bench::GnssState &gnss = change->gnss;
     gnss.moduleKind = 0;
     gnss.installStatus = "CALIBRATING 12/40";
     gnss.antenna = "SHORTED TO GROUND, NO SIGNAL";

@@ -1,3 +1,5 @@
+#include "bench/unit/clockstate.h"
+#include "bench/unit/gnssstate.h"
 #include "tests/support/unittest.h"
 
 #include "shownpage.h"
@@ -175,8 +177,8 @@ void TestGpsTestUpdate::timesOfAnUpdate()
     QFETCH(QString, durationText);
 
     const ShownPage page;
-    bench::unit().clock.standsAt = QDateTime(QDate(2024, 1, 1), system);
-    bench::unit().gnss.duration = {
+    bench::unit().change()->clock.standsAt = QDateTime(QDate(2024, 1, 1), system);
+    bench::unit().change()->gnss.duration = {
         {91, 92, 93}, duration.hour(), duration.minute(), duration.second()};
     krnmINFO info = {};
     info.utcYear = receiver.date().year();
@@ -194,7 +196,7 @@ void TestGpsTestUpdate::timesOfAnUpdate()
 void TestGpsTestUpdate::durationOfADayOrMoreIsNoTimeOfDay()
 {
     const ShownPage page;
-    bench::unit().gnss.duration = {{0, 0, 0}, 24, 0, 0};
+    bench::unit().change()->gnss.duration = {{0, 0, 0}, 24, 0, 0};
     report({});
     QCOMPARE(page.text("time_duration"), QString("GPS Duration time: "));
 }
@@ -202,7 +204,7 @@ void TestGpsTestUpdate::durationOfADayOrMoreIsNoTimeOfDay()
 void TestGpsTestUpdate::antennaLine()
 {
     const ShownPage page;
-    bench::unit().gnss.antenna = "SHORT";
+    bench::unit().change()->gnss.antenna = "SHORT";
     report({});
     QCOMPARE(page.text("antenna"), QString("AntennaState: SHORT"));
 }
@@ -222,8 +224,8 @@ void TestGpsTestUpdate::installStatusDependsOnTheModule()
     QFETCH(int, module);
     QFETCH(QString, text);
     const ShownPage page;
-    bench::unit().gnss.moduleKind = module;
-    bench::unit().gnss.installStatus = "CA";
+    bench::unit().change()->gnss.moduleKind = module;
+    bench::unit().change()->gnss.installStatus = "CA";
     report({});
     QCOMPARE(page.text("install_mode"), text);
 }
@@ -304,8 +306,8 @@ void TestGpsTestUpdate::eachScrollBarTestLooksAtItsOwnCount()
     krnmINFO delivered = {};
     delivered.satellitesInUse = inUse;
     delivered.satellitesInView = 99;
-    bench::unit().gnss.info.satellitesInUse = 99;
-    bench::unit().gnss.info.satellitesInView = inView;
+    bench::unit().change()->gnss.info.satellitesInUse = 99;
+    bench::unit().change()->gnss.info.satellitesInView = inView;
     emit GpsService::instance()->krnmInfoRefresh(delivered);
     QCOMPARE(watch.seen, turns);
 }

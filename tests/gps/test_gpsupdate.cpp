@@ -1,3 +1,5 @@
+#include "bench/unit/settingsstate.h"
+#include "bench/unit/systemstate.h"
 #include "tests/support/clock/virtualclock.h"
 #include "tests/support/unittest.h"
 
@@ -459,7 +461,7 @@ void TestGpsUpdate::checkTellsWhetherThereIsAPackage()
 {
     QFETCH(QString, folder);
     QFETCH(QString, shown);
-    bench::unit().system.updateFolder = folder;
+    bench::unit().change()->system.updateFolder = folder;
     gpsupdate page;
     journal().clear();
     trace().clear();
@@ -479,7 +481,7 @@ void TestGpsUpdate::choosingLoadsThePackage()
         QVERIFY(image.open(QIODevice::WriteOnly));
         image.write(name);
     }
-    bench::unit().system.updateFolder = folder;
+    bench::unit().change()->system.updateFolder = folder;
     gpsupdate page;
     journal().clear();
     trace().clear();

@@ -1,3 +1,4 @@
+#include "bench/unit/gnssstate.h"
 #include "tests/support/unittest.h"
 
 #include "gps/satelliteslistmodel.h"
@@ -34,7 +35,7 @@ struct OpenModel : SatellitesListModel
 
 void setSatellites(std::initializer_list<krnmSatellite> satellites)
 {
-    bench::unit().gnss.satellites = satellites;
+    bench::unit().change()->gnss.satellites = satellites;
 }
 
 QStringList linesOf(const QAbstractItemModel &model)

@@ -2,6 +2,7 @@
 #include "updateunit.h"
 
 #include "bench/unit/headunit.h"
+#include "bench/unit/systemstate.h"
 #include "gps/firmwarepackage.h"
 
 #include <QDir>
@@ -34,7 +35,7 @@ void useOtherPackage()
         QVERIFY(image.open(QIODevice::WriteOnly));
         QCOMPARE(image.write("other"), qint64(5));
     }
-    bench::unit().system.updateFolder = folder;
+    bench::unit().change()->system.updateFolder = folder;
 }
 
 // Steps that the download's trace tells of, by their end.

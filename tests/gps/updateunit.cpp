@@ -1,6 +1,7 @@
 #include "updateunit.h"
 
 #include "bench/unit/headunit.h"
+#include "bench/unit/systemstate.h"
 #include "framework/windowinterface.h"
 #include "gps/firmwarepackage.h"
 #include "tools/common.h"
@@ -55,7 +56,7 @@ UpdateUnit::UpdateUnit()
             &bench::Receiver::setReset, Qt::DirectConnection);
     connect(&bench::unit(), &bench::HeadUnit::mainWidgetChanged, this,
             [this](QWidget *widget) { screen = widget; });
-    bench::unit().system.updateFolder = PACKAGE_FOLDER;
+    bench::unit().change()->system.updateFolder = PACKAGE_FOLDER;
     makeIcon("red");
     makeIcon("green");
     downloadfile = file();

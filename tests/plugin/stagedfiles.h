@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/unit/headunit.h"
+#include "bench/unit/usbstate.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -37,8 +38,8 @@ inline void plugIn(int port, const QByteArray &package = QByteArray())
     QDir().mkpath(folder);
     if (!package.isEmpty())
         writeFile(folder + "/gps.bin", package);
-    bench::unit().usb.ports[port].disk = true;
-    bench::unit().usb.ports[port].path = folder;
+    bench::unit().change()->usb.ports[port].disk = true;
+    bench::unit().change()->usb.ports[port].path = folder;
 }
 
 } // namespace tests

@@ -2,6 +2,9 @@
 #include "tests/support/unittest.h"
 
 #include "bench/root/privateroot.h"
+#include "bench/unit/gnssstate.h"
+#include "bench/unit/systemstate.h"
+#include "bench/unit/usbstate.h"
 #include "plugin/mainwidget.h"
 
 #include <QApplication>
@@ -52,8 +55,8 @@ void linkTo(const char *path, const char *target)
 
 void mountAt(int port, const QString &path)
 {
-    bench::unit().usb.ports[port].disk = true;
-    bench::unit().usb.ports[port].path = path;
+    bench::unit().change()->usb.ports[port].disk = true;
+    bench::unit().change()->usb.ports[port].path = path;
 }
 
 // Until the flash takes no more byte.
@@ -291,7 +294,7 @@ private:
 void TestBadStagedPackages::init()
 {
     UnitTest::init();
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     QVERIFY(QDir().mkpath(kNvm));
     QCOMPARE(::chmod(kNvm, 0777), 0);
 }

@@ -1,3 +1,4 @@
+#include "bench/unit/settingsstate.h"
 #include "tests/support/connections.h"
 #include "tests/support/unittest.h"
 

@@ -1,3 +1,6 @@
+#include "bench/unit/gnssstate.h"
+#include "bench/unit/systemstate.h"
+#include "bench/unit/usbstate.h"
 #include "stagedfiles.h"
 #include "tests/support/unittest.h"
 
@@ -73,7 +76,7 @@ void TestStagedUpdate::kindDecidesTheWay()
 {
     QFETCH(int, kind);
     QFETCH(bool, staged);
-    bench::unit().gnss.moduleKind = kind;
+    bench::unit().change()->gnss.moduleKind = kind;
     MainWidget host(nullptr);
     host.show();
     journal().clear();
@@ -118,7 +121,7 @@ void TestStagedUpdate::packageIsStagedAndTheUnitReset()
     QFETCH(bool, second);
     QFETCH(QStringList, search);
     QFETCH(QByteArray, staged);
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     if (first)
         plugIn(0, "package of port 0");
     if (second)
@@ -139,7 +142,7 @@ void TestStagedUpdate::packageIsStagedAndTheUnitReset()
 
 void TestStagedUpdate::watchdogIsOffBeforeTheMarkerIsWritten()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     MainWidget host(nullptr);
     trace().clear();
     QByteArray marker;
@@ -158,7 +161,7 @@ void TestStagedUpdate::watchdogIsOffBeforeTheMarkerIsWritten()
 
 void TestStagedUpdate::markerIsThereBeforeTheCopy()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     plugIn(0, "package");
     QByteArray atTheCopy;
     const auto watch = connect(&journal(), &bench::Journal::added, this, [&atTheCopy](int number) {
@@ -173,7 +176,7 @@ void TestStagedUpdate::markerIsThereBeforeTheCopy()
 
 void TestStagedUpdate::longerMarkerIsReplacedWhole()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     writeFile(kMarker, "something longer\n");
     MainWidget host(nullptr);
     host.onShowGpsUpdateWidget();
@@ -182,7 +185,7 @@ void TestStagedUpdate::longerMarkerIsReplacedWhole()
 
 void TestStagedUpdate::withoutDiskOnlyTheMarkerIsWritten()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     MainWidget host(nullptr);
     journal().clear();
     trace().clear();
@@ -200,7 +203,7 @@ void TestStagedUpdate::withoutDiskOnlyTheMarkerIsWritten()
 
 void TestStagedUpdate::diskWithoutPackageIsReportedAndTheUnitGoesOn()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     plugIn(1);
     MainWidget host(nullptr);
     journal().clear();
@@ -219,7 +222,7 @@ void TestStagedUpdate::diskWithoutPackageIsReportedAndTheUnitGoesOn()
 
 void TestStagedUpdate::stalePackageResetsTheUnitAllTheSame()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     plugIn(0);
     writeFile(kStaged, "from an earlier attempt");
     MainWidget host(nullptr);
@@ -235,7 +238,7 @@ void TestStagedUpdate::stalePackageResetsTheUnitAllTheSame()
 
 void TestStagedUpdate::unwritableMarkerIsReportedAndTheCopyGoesOn()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     plugIn(0, "package");
     QVERIFY(QDir().mkdir(kMarker)); // a folder in its place cannot be opened
     MainWidget host(nullptr);
@@ -256,7 +259,7 @@ void TestStagedUpdate::unwritableMarkerIsReportedAndTheCopyGoesOn()
 
 void TestStagedUpdate::unwritableMarkerAndNoDiskAreBothReported()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     QVERIFY(QDir().mkdir(kMarker));
     MainWidget host(nullptr);
     journal().clear();
@@ -269,11 +272,11 @@ void TestStagedUpdate::unwritableMarkerAndNoDiskAreBothReported()
 void TestStagedUpdate::diskPathIsPassedInLatin1()
 {
     const QByteArray folder = "/media/usb0/M\xfcller";
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     plugIn(0, "package");
     QCOMPARE(::mkdir(folder.constData(), 0755), 0);
     QCOMPARE(::rename("/media/usb0/gps.bin", folder + "/gps.bin"), 0);
-    bench::unit().usb.ports[0].path = QString::fromLatin1(folder);
+    bench::unit().change()->usb.ports[0].path = QString::fromLatin1(folder);
     MainWidget host(nullptr);
     host.onShowGpsUpdateWidget();
     QCOMPARE(readFile(kStaged), QByteArray("package"));
@@ -283,9 +286,9 @@ void TestStagedUpdate::diskPathIsPassedInLatin1()
 
 void TestStagedUpdate::diskPathWithAPercentSignIsPassedAsItIs()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     plugIn(0);
-    bench::unit().usb.ports[0].path = "/media/usb0/%1%2";
+    bench::unit().change()->usb.ports[0].path = "/media/usb0/%1%2";
     MainWidget host(nullptr);
     host.onShowGpsUpdateWidget();
     QVERIFY(journal().texts().contains("shell: cp /media/usb0/%1%2/gps.bin /media/flash/nvm/"));
@@ -293,16 +296,16 @@ void TestStagedUpdate::diskPathWithAPercentSignIsPassedAsItIs()
 
 void TestStagedUpdate::kindFoundOutLaterCounts()
 {
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     MainWidget host(nullptr);
     host.show();
     host.onShowGpsUpdateWidget();
     QVERIFY(host.findChild<testmode::gpsupdate *>() == nullptr);
-    bench::unit().gnss.moduleKind = 1;
+    bench::unit().change()->gnss.moduleKind = 1;
     host.onShowGpsUpdateWidget();
     QVERIFY(host.findChild<testmode::gpsupdate *>() != nullptr);
     // and back: the page stays as it is, the package is staged
-    bench::unit().gnss.moduleKind = 0;
+    bench::unit().change()->gnss.moduleKind = 0;
     journal().clear();
     host.onShowGpsUpdateWidget();
     QVERIFY(journal().texts().contains("McuService.setWatchDogEnable(false)"));

@@ -1,3 +1,4 @@
+#include "bench/unit/gnssstate.h"
 #include "tests/support/unittest.h"
 
 #include "gpsservice/gpsservice.h"
@@ -334,7 +335,7 @@ void TestTestEntryWidget::clickBesideTheButtonsTriggersNothing()
 
 void TestTestEntryWidget::constructionAsksForTheModuleOnce()
 {
-    bench::unit().gnss.moduleKind = 7;
+    bench::unit().change()->gnss.moduleKind = 7;
     const testEntryWidget menu(nullptr);
     QCOMPARE(bench::journal().texts(), QStringList{"GpsService.getModualApatation()"});
     QCOMPARE(trace().payloads(), QStringList{"7"});

@@ -1,3 +1,5 @@
+#include "bench/unit/settingsstate.h"
+#include "bench/unit/systemstate.h"
 #include "tests/support/connections.h"
 #include "tests/support/touch.h"
 #include "tests/support/unittest.h"
@@ -53,12 +55,12 @@ QStringList callsAfterShowing()
 
 void storeLogService(bool on)
 {
-    bench::unit().settings.func.insert("ToolsUSBLogEnable", {false, on});
+    bench::unit().change()->settings.func.insert("ToolsUSBLogEnable", {false, on});
 }
 
 void storeScreenShots(bool on)
 {
-    bench::unit().settings.cache.insert("ToolsScreenShotEnable", {false, on});
+    bench::unit().change()->settings.cache.insert("ToolsScreenShotEnable", {false, on});
 }
 
 template <typename Widget>

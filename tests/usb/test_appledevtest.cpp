@@ -1,3 +1,5 @@
+#include "bench/unit/systemstate.h"
+#include "bench/unit/usbstate.h"
 #include "tests/support/clock/virtualclock.h"
 #include "tests/support/unittest.h"
 
@@ -373,8 +375,8 @@ void TestAppleDevTest::appleFace()
 
 void TestAppleDevTest::usbFace()
 {
-    bench::unit().usb.certification = 84;
-    bench::unit().usb.ports[0].chargingMode = 1;
+    bench::unit().change()->usb.certification = 84;
+    bench::unit().change()->usb.ports[0].chargingMode = 1;
     open(13);
     QCOMPARE(child<QLabel>(*page, "title_text")->text(), QString("USB Test"));
     QCOMPARE(shown(kUsbWidgets), kUsbWidgets);
@@ -420,9 +422,9 @@ void TestAppleDevTest::usbFaceShowsTheModes()
     QFETCH(int, certification);
     QFETCH(int, charging);
     QFETCH(QString, logged);
-    bench::unit().usb.certification = certification;
-    bench::unit().usb.ports[0].chargingMode = charging;
-    bench::unit().usb.ports[1].chargingMode = (charging + 1) % 3;
+    bench::unit().change()->usb.certification = certification;
+    bench::unit().change()->usb.ports[0].chargingMode = charging;
+    bench::unit().change()->usb.ports[1].chargingMode = (charging + 1) % 3;
     page = std::make_unique<AppleDevTest>(nullptr);
     resumeAs(13);
     QTEST(checkedOf(kUsbWidgets.mid(0, 3)), "checkedCertification");
@@ -434,8 +436,8 @@ void TestAppleDevTest::unknownModeUnchecksAll()
 {
     open(13);
     QCOMPARE(checkedOf(kUsbWidgets.mid(0, 6)), QString("radioButton_usb_normal radioButton_sdp"));
-    bench::unit().usb.certification = 1;
-    bench::unit().usb.ports[0].chargingMode = 9;
+    bench::unit().change()->usb.certification = 1;
+    bench::unit().change()->usb.ports[0].chargingMode = 9;
     resumeAs(13);
     QCOMPARE(checkedOf(kUsbWidgets.mid(0, 6)), QString());
 }
@@ -566,7 +568,7 @@ void TestAppleDevTest::certificationEndsInAFactoryReset()
 {
     QFETCH(int, code);
     const tests::VirtualClock clock;
-    bench::unit().usb.certification = code; // set already: the reset comes all the same
+    bench::unit().change()->usb.certification = code; // set already: the reset comes all the same
     open(13);
     clickAt(*page, QTest::currentDataTag());
     QCOMPARE(calls(), QStringList{QString("DeviceManager.setUsbCertification(%1)").arg(code)});

@@ -1,3 +1,4 @@
+#include "bench/unit/usbstate.h"
 #include "tests/support/unittest.h"
 
 #include "pagehelpers.h"

@@ -1,3 +1,4 @@
+#include "bench/unit/usbstate.h"
 #include "tests/support/clock/virtualclock.h"
 #include "tests/support/unittest.h"
 

@@ -1,6 +1,8 @@
 #include "tests/support/unittest.h"
 
 #include "bench/host/host.h"
+#include "bench/unit/settingsstate.h"
+#include "bench/unit/systemstate.h"
 #include "framework/events.h"
 
 #include <QDialog>
@@ -264,9 +266,9 @@ void TestHost::restartComesAfterTheRequest()
     RunningHost host;
     QSignalSpy restarted(&host, &bench::Host::restarted);
     const QPointer<QWidget> page = host.mainWidget();
-    bench::unit().system.watchdogEnabled = false;
-    bench::unit().settings.cache.insert("cache", {QVariant(), 1});
-    bench::unit().settings.func.insert("func", {QVariant(), 1});
+    bench::unit().change()->system.watchdogEnabled = false;
+    bench::unit().change()->settings.cache.insert("cache", {QVariant(), 1});
+    bench::unit().change()->settings.func.insert("func", {QVariant(), 1});
 
     if (why == "Reboot")
         bench::unit().requestReboot();
@@ -296,7 +298,7 @@ void TestHost::twoRequestsAreOneRestart()
 {
     RunningHost host;
     QSignalSpy restarted(&host, &bench::Host::restarted);
-    bench::unit().settings.func.insert("func", {QVariant(), 1});
+    bench::unit().change()->settings.func.insert("func", {QVariant(), 1});
     bench::unit().requestFactoryReset();
     bench::unit().requestReboot();
     QTRY_COMPARE(restarted, QList<QVariantList>({{"Reboot"}}));

@@ -7,6 +7,7 @@
 #include "bench/receiver/receiver.h"
 #include "bench/unit/unitdocument.h"
 #include "bench/unit/unitpaths.h"
+#include "tests/bench/receiver/rawhost.h"
 
 #include <QCryptographicHash>
 #include <QTimer>
@@ -54,6 +55,7 @@ private slots:
     void waitForAPhaseThatIsNone();
 
     void eventsTellPhasesAndAnomalies();
+    void eventsTellAllThatHappensOnTheLine();
     void withoutAReceiverAllFail();
 
 private:
@@ -204,7 +206,7 @@ void TestReceiverMethods::faultsAreSetListedAndCleared()
     QCOMPARE(faults.size(), 2);
     QCOMPARE(faults.at(0).toObject(),
              json("{'fault':{'kind':'drop','step':'packet','packet':3,'direction':'to-receiver',"
-                  "'times':1},'done':0,'deeds':[]}"));
+                  "'times':1},'done':0,'deeds':[],'moments':[]}"));
     QCOMPARE(result("receiver.faults"), answer);
     QCOMPARE(result("receiver.faults", "{'clear':true}"), json("{'seed':7,'faults':[]}"));
     QVERIFY(receiver->faultReports().isEmpty());
@@ -452,6 +454,60 @@ void TestReceiverMethods::eventsTellPhasesAndAnomalies()
     emit receiver->anomalyFound("a byte too much");
     QTRY_VERIFY(seen.contains("receiver.phase boot-rom"));
     QTRY_VERIFY(seen.contains("receiver.anomaly a byte too much"));
+}
+
+// A host synchronises, loads the agents and writes two packets: nobody has to ask for any of it.
+void TestReceiverMethods::eventsTellAllThatHappensOnTheLine()
+{
+    QMap<QString, QJsonArray> seen;
+    connect(dispatcher.get(), &bench::Dispatcher::eventHappened, dispatcher.get(),
+            [&seen](const QString &name, const QJsonObject &params) { seen[name].append(params); });
+    result("receiver.set", "{'line_rate':false}");
+    result("receiver.faults",
+           "{'set':[{'kind':'late','step':'packet','packet':2,'index':0,'value':1}]}");
+    tests::RawHost host(receiver->path());
+    resetReceiver();
+    QVERIFY(host.connectToAgent());
+    QVERIFY(host.writeImage(0x08003000, tests::pattern(5000, 1)));
+    QTRY_COMPARE_WITH_TIMEOUT(seen["receiver.image"].size(), 2, 20000);
+
+    QJsonArray images = seen["receiver.image"];
+    QJsonObject complete = images.last().toObject();
+    QVERIFY(complete.take("microseconds").toDouble() > 0);
+    QCOMPARE(images.first().toObject(),
+             json("{'image':1,'address':134230016,'length':8192,'packets':0,'complete':false,"
+                  "'microseconds':0}"));
+    QCOMPARE(complete,
+             json("{'image':1,'address':134230016,'length':8192,'packets':2,'complete':true}"));
+    QCOMPARE(seen["receiver.written"],
+             QJsonArray({json("{'address':134230016,'length':4096,'image':1}"),
+                         json("{'address':134234112,'length':4096,'image':1}")}));
+    QCOMPARE(seen["receiver.baud"].last().toObject(), json("{'baud':921600,'host_baud':921600}"));
+
+    QCOMPARE(seen["receiver.fault"].size(), 1);
+    QJsonObject fault = seen["receiver.fault"].first().toObject();
+    QVERIFY(fault.take("ms").toDouble() > 0);
+    QVERIFY(fault.take("deed").toString().startsWith("packet 2 (image 1, packet 2): "));
+    QCOMPARE(fault, json("{'number':0,'done':1}"));
+
+    QTRY_COMPARE_WITH_TIMEOUT(seen["receiver.frame"].size(), receiver->dialogue().size(), 20000);
+    const QJsonArray frames = seen["receiver.frame"];
+    QCOMPARE(frames, result("receiver.dialogue", "{'entries':true}").value("entries").toArray());
+    QJsonObject packet;
+    for (const QJsonValue &frame : frames) {
+        if (frame.toObject().value("length") == 4096)
+            packet = frame.toObject();
+    }
+    QCOMPARE(packet.keys(),
+             QStringList({"baud", "bytes", "direction", "length", "meaning", "ms", "n", "step"}));
+    QCOMPARE(packet.value("direction"), QJsonValue("to-receiver"));
+    QCOMPARE(packet.value("step"), QJsonValue("packet"));
+    QCOMPARE(packet.value("bytes").toString().size(), 64 * 3 - 1);
+
+    result("receiver.set", "{'powered':false}");
+    receiver->setFlash(QByteArray(4 * 1024 * 1024, '\0'));
+    QTRY_COMPARE(seen["receiver.written"].last().toObject(),
+                 json("{'address':134217728,'length':4194304,'image':0}"));
 }
 
 void TestReceiverMethods::withoutAReceiverAllFail()

@@ -27,7 +27,7 @@ constexpr MethodRow kMethods[] = {
     {"bench.quit", ""},
     {"bench.schema", ""},
     {"bench.subscribe", "events:list"},
-    {"receiver.dialogue", "since:integer?[0..2147483647]"},
+    {"receiver.dialogue", "since:integer?[0..2147483647] entries:boolean?"},
     {"receiver.faults", "set:list? clear:boolean? seed:integer?[0..2147483647]"},
     {"receiver.flash", "address:address length:integer[0..4194304] content:boolean?"},
     {"receiver.reset", "asserted:boolean?"},
@@ -236,8 +236,9 @@ void TestSchema::classesOfErrors()
 void TestSchema::events()
 {
     QCOMPARE(column(schema().value("events"), "name"),
-             QStringList({"receiver.anomaly", "receiver.phase", "trace.line", "unit.journal",
-                          "unit.popup", "unit.reset"}));
+             QStringList({"receiver.anomaly", "receiver.baud", "receiver.fault", "receiver.frame",
+                          "receiver.image", "receiver.phase", "receiver.written", "trace.line",
+                          "unit.changed", "unit.journal", "unit.popup", "unit.reset"}));
 }
 
 void TestSchema::everyMethodIsDispatched_data()

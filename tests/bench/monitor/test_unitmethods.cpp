@@ -4,8 +4,10 @@
 
 #include "bench/monitor/logmethods.h"
 #include "bench/monitor/unitmethods.h"
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/unitdocument.h"
 #include "bench/unit/unitpaths.h"
+#include "bench/unit/usbstate.h"
 #include "gpsservice/gpsservice.h"
 
 #include <QSignalSpy>
@@ -54,6 +56,7 @@ private slots:
     void memoryThatIsNotThere();
 
     void eventsTellWhatHappens();
+    void changesComeWithTheirValue();
     void callIsToldWhenItIsOver();
     void shellCommandIsToldWithItsStatus();
 
@@ -139,9 +142,9 @@ void TestUnitMethods::emitTellsTheState()
     gpsservice::GpsService *service = gpsservice::GpsService::instance();
     QSignalSpy version(service, &gpsservice::GpsService::gpsFirmwareVersion);
     QSignalSpy kind(service, &gpsservice::GpsService::modualApatationCompelete);
-    unit().gnss.info.speed = 12.5;
-    unit().gnss.version = "SIM 7";
-    unit().gnss.moduleKind = 4;
+    unit().change()->gnss.info.speed = 12.5;
+    unit().change()->gnss.version = "SIM 7";
+    unit().change()->gnss.moduleKind = 4;
 
     QVector<double> speeds;
     connect(service, &gpsservice::GpsService::krnmInfoRefresh, dispatcher.get(),
@@ -432,10 +435,28 @@ void TestUnitMethods::eventsTellWhatHappens()
     journal().call("A", "b", {1});
     qDebug().noquote() << "words";
     QCOMPARE(seen,
-             QStringList({"unit.popup {'text':'Saved'}", "unit.reset {'kind':'system'}",
+             QStringList({"unit.changed {'path':'system.popup','value':'Saved'}",
+                          "unit.popup {'text':'Saved'}",
+                          "unit.changed {'path':'system.system_resets','value':1}",
+                          "unit.reset {'kind':'system'}",
+                          "unit.changed {'path':'system.factory_resets','value':1}",
                           "unit.reset {'kind':'factory'}", "unit.reset {'kind':'reboot'}",
                           "unit.journal {'args':[1],'call':'b','n':1,'service':'A'}",
-                          "trace.line {'line':'words'}"}));
+                          "trace.line {'line':'words','n':1}"}));
+}
+
+// Whoever writes: a script, a service or the sky.
+void TestUnitMethods::changesComeWithTheirValue()
+{
+    const QStringList &seen = listen();
+    result("unit.set", "{'path':'usb.1','value':{'disk':true,'path':'/media/usb1'}}");
+    QCOMPARE(seen,
+             QStringList({"unit.changed {'path':'usb.1.disk','value':true}",
+                          "unit.changed {'path':'usb.1.path','value':'/media/usb1'}"}));
+    result("unit.set", "{'path':'usb.1.disk','value':true}");
+    QCOMPARE(seen.size(), 2);
+    unit().change()->gnss.antenna = "SHORT";
+    QCOMPARE(seen.mid(2), QStringList({"unit.changed {'path':'gnss.antenna','value':'SHORT'}"}));
 }
 
 void TestUnitMethods::callIsToldWhenItIsOver()

@@ -1,13 +1,19 @@
 #include "tests/support/unittest.h"
 
 #include "bench/host/host.h"
+#include "bench/monitor/unitmethods.h"
 #include "bench/panel/journalview.h"
 #include "bench/panel/operatorpanel.h"
 #include "bench/panel/operatorwindow.h"
 #include "bench/panel/receiverview.h"
 #include "bench/receiver/receiver.h"
 #include "bench/serial/resetprompt.h"
+#include "bench/unit/gnssstate.h"
+#include "bench/unit/unitdocument.h"
+#include "bench/unit/unitpaths.h"
+#include "bench/unit/usbstate.h"
 #include "gpsservice/gpsservice.h"
+#include "tests/bench/monitor/calls.h"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -32,6 +38,7 @@ private slots:
     void disksArePluggedAndPulled_data();
     void disksArePluggedAndPulled();
     void panelBeginsWithTheStateOfTheUnit();
+    void panelFollowsWhoeverChangesTheUnit();
     void screenshotGoesToTheFolder();
     void screenshotWithoutFolderGoesToTheClipboard();
     void windowLeavesTheScreenToTheHost();
@@ -51,6 +58,8 @@ private:
     void makePanel(const QString &pictures = QString());
     QString result() const { return find<QLabel>("panel_result")->text(); }
 
+    std::unique_ptr<bench::UnitDocument> document;
+    std::unique_ptr<bench::Dispatcher> dispatcher; // what a script says
     std::unique_ptr<bench::Host> host;
     std::unique_ptr<bench::OperatorPanel> panel;
 };
@@ -63,12 +72,17 @@ void TestOperatorPanel::init()
     QVERIFY2(host->load(QStringLiteral(TESTMODE_PLUGIN), &error), qPrintable(error));
     host->home();
     host->screen()->show();
+    document = std::make_unique<bench::UnitDocument>(bench::pathsOf(&bench::unit()));
+    dispatcher = std::make_unique<bench::Dispatcher>();
+    bench::addUnitMethods(dispatcher.get(), document.get());
     makePanel();
 }
 
 void TestOperatorPanel::cleanup()
 {
     panel.reset();
+    dispatcher.reset();
+    document.reset();
     host.reset();
     UnitTest::cleanup();
 }
@@ -78,6 +92,7 @@ void TestOperatorPanel::makePanel(const QString &pictures)
     bench::Bench parts;
     parts.host = host.get();
     parts.pictures = pictures;
+    parts.document = document.get();
     panel = std::make_unique<bench::OperatorPanel>(parts);
 }
 
@@ -137,15 +152,35 @@ void TestOperatorPanel::disksArePluggedAndPulled()
 
 void TestOperatorPanel::panelBeginsWithTheStateOfTheUnit()
 {
-    bench::unit().usb.ports[1].disk = true;
-    bench::unit().gnss.moduleKind = 5;
-    bench::unit().gnss.antenna = "Open";
+    bench::unit().change()->usb.ports[1].disk = true;
+    bench::unit().change()->gnss.moduleKind = 5;
+    bench::unit().change()->gnss.antenna = "Open";
     bench::unit().followSky(true);
     makePanel();
     QVERIFY(find<QCheckBox>("panel_sky")->isChecked());
     QVERIFY(find<QCheckBox>("panel_usb1")->isChecked());
     QCOMPARE(find<QSpinBox>("panel_module_kind")->value(), 5);
     QCOMPARE(find<QComboBox>("panel_antenna")->currentText(), QString("Open"));
+}
+
+void TestOperatorPanel::panelFollowsWhoeverChangesTheUnit()
+{
+    QSignalSpy announced(gpsservice::GpsService::instance(),
+                         &gpsservice::GpsService::modualApatationCompelete);
+    tests::resultOf(dispatcher.get(), "unit.set", "{'path': 'gnss.sky', 'value': true}");
+    QVERIFY(find<QCheckBox>("panel_sky")->isChecked());
+    tests::resultOf(dispatcher.get(), "unit.set",
+                    "{'path': 'gnss', 'value': {'module_kind': 3, 'antenna': 'Short'}}");
+    QCOMPARE(find<QSpinBox>("panel_module_kind")->value(), 3);
+    QCOMPARE(find<QComboBox>("panel_antenna")->currentText(), QString("Short"));
+    QVERIFY2(announced.isEmpty(), "a service has spoken though nobody asked");
+
+    bench::unit().change()->usb.ports[1].disk = true;
+    QVERIFY(find<QCheckBox>("panel_usb1")->isChecked());
+    QVERIFY(!find<QCheckBox>("panel_usb0")->isChecked());
+    bench::unit().powerOn();
+    QVERIFY(!find<QCheckBox>("panel_usb1")->isChecked());
+    QVERIFY(!find<QCheckBox>("panel_sky")->isChecked());
 }
 
 void TestOperatorPanel::screenshotGoesToTheFolder()
@@ -172,6 +207,7 @@ void TestOperatorPanel::windowLeavesTheScreenToTheHost()
     {
         bench::Bench parts;
         parts.host = host.get();
+        parts.document = document.get();
         bench::OperatorWindow window(parts);
         window.show();
         QVERIFY(screen->isVisible());

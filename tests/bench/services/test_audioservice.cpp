@@ -1,3 +1,4 @@
+#include "bench/unit/audiostate.h"
 #include "tests/support/unittest.h"
 
 #include "kraudio/audioservice.h"

@@ -1,3 +1,4 @@
+#include "bench/unit/systemstate.h"
 #include "tests/support/unittest.h"
 
 #include "logs/outputlogsusb.h"

@@ -1,3 +1,4 @@
+#include "bench/unit/settingsstate.h"
 #include "tests/support/unittest.h"
 
 #include "mem/settingscache.h"

@@ -1,5 +1,7 @@
 #include "tests/support/unittest.h"
 
+#include "bench/unit/clockstate.h"
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/sky.h"
 #include "bench/unit/unitdocument.h"
 #include "bench/unit/unitpaths.h"
@@ -333,14 +335,14 @@ void TestSky::calibrationComesBackWhileDrivingWithAFix()
 void TestSky::serviceIsSilentWhileTheSkyIsOff()
 {
     QSignalSpy refreshed(GpsService::instance(), SIGNAL(krnmInfoRefresh(krnmINFO)));
-    bench::unit().gnss.info.satellitesInView = 3;
+    bench::unit().change()->gnss.info.satellitesInView = 3;
     QVERIFY(!refreshed.wait(1300));
     QCOMPARE(GpsService::instance()->getNmeaInfo().satellitesInView, 3);
 }
 
 void TestSky::serviceReportsOnceASecond()
 {
-    bench::unit().clock.standsAt = QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC);
+    bench::unit().change()->clock.standsAt = QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC);
     QSignalSpy refreshed(GpsService::instance(), SIGNAL(krnmInfoRefresh(krnmINFO)));
     bench::unit().followSky(true);
     QElapsedTimer clock;
@@ -375,11 +377,11 @@ void TestSky::antennaWordsReachTheSky()
     bench::unit().followSky(true);
     QVERIFY(refreshed.wait());
     QVERIFY(bench::unit().gnss.info.satellitesInUse > 0);
-    bench::unit().gnss.antenna = "OPEN";
+    bench::unit().change()->gnss.antenna = "OPEN";
     QVERIFY(refreshed.wait());
     QCOMPARE(bench::unit().gnss.info.satellitesInUse, 0);
     QVERIFY(bench::unit().gnss.info.satellites[0].number > 0);
-    bench::unit().gnss.antenna = "SHORT";
+    bench::unit().change()->gnss.antenna = "SHORT";
     QVERIFY(refreshed.wait());
     for (const krnmSatellite &satellite : bench::unit().gnss.info.satellites)
         QCOMPARE(satellite.signal, 0);
@@ -388,18 +390,18 @@ void TestSky::antennaWordsReachTheSky()
 void TestSky::receiverCommandsReachTheSky()
 {
     GpsService *service = GpsService::instance();
-    bench::GnssState &gnss = bench::unit().gnss;
+    const bench::GnssState &gnss = bench::unit().gnss;
     QSignalSpy refreshed(service, SIGNAL(krnmInfoRefresh(krnmINFO)));
 
     service->read_set_CMD_COLD_START();
     QCOMPARE(gnss.sky.info().satellitesInView, 0);
     QVERIFY(!gnss.sky.hasFix());
 
-    gnss.sky.advance(100);
+    bench::unit().change()->gnss.sky.advance(100);
     service->read_set_CMD_RESET_CALIBRATION();
     QCOMPARE(service->getGpsInstallStatusStr(), QString("0"));
-    gnss.sky.advance(59);
-    gnss.moduleKind = 0;
+    bench::unit().change()->gnss.sky.advance(59);
+    bench::unit().change()->gnss.moduleKind = 0;
     bench::unit().followSky(true);
     QVERIFY(refreshed.wait());
     QCOMPARE(service->getGpsInstallStatusStr(), QString("CC"));
@@ -433,8 +435,8 @@ void TestSky::unitDocumentSwitchesAndSeedsTheSky()
 
 void TestSky::versionAnswersAfterAWhile()
 {
-    bench::unit().gnss.version = "V9";
-    bench::unit().gnss.versionDelay = 50;
+    bench::unit().change()->gnss.version = "V9";
+    bench::unit().change()->gnss.versionDelay = 50;
     QSignalSpy answered(GpsService::instance(), SIGNAL(gpsFirmwareVersion(QString)));
     GpsService::instance()->read_set_CMD_VERSION();
     QCOMPARE(answered.count(), 0);
@@ -444,7 +446,7 @@ void TestSky::versionAnswersAfterAWhile()
 
 void TestSky::versionAskedBeforePowerOnNeverComes()
 {
-    bench::unit().gnss.versionDelay = 50;
+    bench::unit().change()->gnss.versionDelay = 50;
     QSignalSpy answered(GpsService::instance(), SIGNAL(gpsFirmwareVersion(QString)));
     GpsService::instance()->read_set_CMD_VERSION();
     bench::unit().powerOn();

@@ -1,7 +1,15 @@
 #include "tests/support/unittest.h"
 
+#include "bench/unit/audiostate.h"
+#include "bench/unit/gnssstate.h"
+#include "bench/unit/settingsstate.h"
+#include "bench/unit/systemstate.h"
 #include "bench/unit/unitdocument.h"
 #include "bench/unit/unitpaths.h"
+#include "bench/unit/usbstate.h"
+#include "gpsservice/gpsservice.h"
+#include "mcu/mcuservice.h"
+#include "mem/settingscache.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -111,6 +119,11 @@ private slots:
     void wrongValuesAreRefused_data();
     void wrongValuesAreRefused();
     void refusedDocumentChangesNothing();
+
+    void changesAreToldOnceAndWhole();
+    void whoHearsOfAChangeMayChangeTheNext();
+    void servicesAndSkyAreHeardOf();
+    void addedPathsAreWatchedToo();
 
     void fileIsLoaded();
     void badFileIsRefused_data();
@@ -268,7 +281,7 @@ void TestUnitDocument::settingIsAddedAndRemoved()
 
 void TestUnitDocument::firstArgumentStaysBesideTheValue()
 {
-    unit().settings.func.insert("KEY", {QVariant(7), QVariant(true)});
+    unit().change()->settings.func.insert("KEY", {QVariant(7), QVariant(true)});
     QCOMPARE(*document.value("settings.func_first.KEY"), value("7"));
     document.setValue("settings.func.KEY", false);
     QCOMPARE(unit().settings.func.value("KEY").first, QVariant(7));
@@ -357,6 +370,90 @@ void TestUnitDocument::refusedDocumentChangesNothing()
     const QJsonValue before = *document.value("");
     document.setValue("", value("{'gnss':{'module_kind':2},'usb':{'0':{'disk':'yes'}}}"));
     QCOMPARE(*document.value(""), before);
+}
+
+// The model says what has changed: each path once, when everything that changed with it stands.
+void TestUnitDocument::changesAreToldOnceAndWhole()
+{
+    UnitDocument watched(bench::pathsOf(&unit()));
+    connect(&unit(), &bench::HeadUnit::written, &watched, &UnitDocument::tellChanges);
+    QStringList told;
+    int kindSeen = 0;
+    connect(&watched, &UnitDocument::changed, this, [&](const QString &path) {
+        told << path;
+        kindSeen = unit().gnss.moduleKind;
+    });
+    watched.setValue("",
+                     value("{'usb': {'function': 6}, 'gnss': {'antenna': 'Open', "
+                           "'module_kind': 4, 'version': 'SIM-GNSS 1.0'}}"));
+    QCOMPARE(told, QStringList({"gnss.module_kind", "gnss.antenna", "usb.function"}));
+    QCOMPARE(kindSeen, 4);
+
+    told.clear();
+    watched.setValue("usb.function", 6); // as before
+    QCOMPARE(told, QStringList());
+    watched.setValue("usb.function", 8); // refused
+    QCOMPARE(told, QStringList());
+    {
+        bench::UnitChange whole = unit().change();
+        whole->usb.function = 7;
+        whole->usb.certification = 84;
+        unit().showPopup("a change within a change");
+        QCOMPARE(told, QStringList());
+    }
+    QCOMPARE(told, QStringList({"usb.certification", "usb.function", "system.popup"}));
+}
+
+void TestUnitDocument::whoHearsOfAChangeMayChangeTheNext()
+{
+    UnitDocument watched(bench::pathsOf(&unit()));
+    connect(&unit(), &bench::HeadUnit::written, &watched, &UnitDocument::tellChanges);
+    QStringList told;
+    connect(&watched, &UnitDocument::changed, this, [&](const QString &path) {
+        told << path;
+        if (path == "usb.0.disk")
+            unit().change()->usb.ports[1].disk = unit().usb.ports[0].disk;
+    });
+    watched.setValue("usb.0", value("{'disk': true, 'path': '/media/usb0'}"));
+    QCOMPARE(told, QStringList({"usb.0.disk", "usb.1.disk", "usb.0.path"}));
+    QVERIFY(unit().usb.ports[1].disk);
+}
+
+void TestUnitDocument::servicesAndSkyAreHeardOf()
+{
+    UnitDocument watched(bench::pathsOf(&unit()));
+    connect(&unit(), &bench::HeadUnit::written, &watched, &UnitDocument::tellChanges);
+    QStringList told;
+    connect(&watched, &UnitDocument::changed, this, [&](const QString &path) { told << path; });
+    mcu::McuService::instance()->setWatchDogEnable(false);
+    mem::SettingsCache::instance()->setValue("KEY", true);
+    QCOMPARE(told, QStringList({"system.watchdog", "settings.cache"}));
+    told.clear();
+    gpsservice::GpsService::instance(); // the receiver's reports begin
+    unit().followSky(true);
+    QCOMPARE(told, QStringList("gnss.sky"));
+    QTRY_VERIFY(told.contains("gnss.satellites"));
+    QVERIFY(told.contains("gnss.latitude"));
+    QCOMPARE(told.removeDuplicates(), 0);
+    told.clear();
+    unit().powerOn();
+    QVERIFY(told.contains("system.watchdog"));
+    QVERIFY(told.contains("gnss.sky"));
+}
+
+void TestUnitDocument::addedPathsAreWatchedToo()
+{
+    int number = 1;
+    UnitDocument watched;
+    watched.add({"other.number", "a number", "of another party", [&] { return number; },
+                 [](const QJsonValue &) { return QString(); },
+                 [&](const QJsonValue &given) { number = given.toInt(); }});
+    QSignalSpy changed(&watched, &UnitDocument::changed);
+    watched.setValue("other.number", 2);
+    QCOMPARE(changed, QList<QVariantList>({{"other.number"}}));
+    number = 3;
+    watched.tellChanges();
+    QCOMPARE(changed.size(), 2);
 }
 
 void TestUnitDocument::fileIsLoaded()

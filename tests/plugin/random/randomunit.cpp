@@ -1,6 +1,9 @@
 #include "randomunit.h"
 
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
+#include "bench/unit/systemstate.h"
+#include "bench/unit/usbstate.h"
 #include "gpsservice/gpsservice.h"
 
 #include <QDir>
@@ -90,10 +93,10 @@ RandomUnit::~RandomUnit()
 
 void RandomUnit::heal()
 {
-    unit().gnss.moduleKind = 1;
-    unit().gnss.versionDelay = 1;
-    unit().usb.networkTests.runDuration = std::chrono::milliseconds(1);
-    unit().system.updateFolder = kPackage;
+    unit().change()->gnss.moduleKind = 1;
+    unit().change()->gnss.versionDelay = 1;
+    unit().change()->usb.networkTests.runDuration = std::chrono::milliseconds(1);
+    unit().change()->system.updateFolder = kPackage;
     for (const UnitFile &file : unitFiles())
         write(file.path, file.bytes);
     QDir().mkpath(QStringLiteral("/media/flash/nvm"));
@@ -132,10 +135,11 @@ bool RandomUnit::flashHoldsPackage() const
 
 QString RandomUnit::changeState()
 {
-    bench::UsbPortState &port = unit().usb.ports[dice->below(2)];
+    bench::UnitChange change = unit().change();
+    bench::UsbPortState &port = change->usb.ports[dice->below(2)];
     switch (dice->below(8)) {
     case 0:
-        unit().gnss.moduleKind = dice->pick(QVector<int>{1, 1, 1, 0, 2, -1});
+        change->gnss.moduleKind = dice->pick(QVector<int>{1, 1, 1, 0, 2, -1});
         return QStringLiteral("module of kind %1").arg(unit().gnss.moduleKind);
     case 1:
         port.disk = !port.disk;
@@ -145,16 +149,16 @@ QString RandomUnit::changeState()
         port.chargingMode = dice->below(5) - 1;
         return QStringLiteral("charging mode %1").arg(port.chargingMode);
     case 3:
-        unit().usb.certification = dice->pick(QVector<int>{77, 79, 84, 0});
+        change->usb.certification = dice->pick(QVector<int>{77, 79, 84, 0});
         return QStringLiteral("certification %1").arg(unit().usb.certification);
     case 4:
-        unit().system.updateFolder = dice->pick(QStringList{kPackage, kPackage, "/gone", ""});
+        change->system.updateFolder = dice->pick(QStringList{kPackage, kPackage, "/gone", ""});
         return QStringLiteral("package in \"%1\"").arg(unit().system.updateFolder);
     case 5:
-        unit().gnss.satellites.resize(dice->below(41));
+        change->gnss.satellites.resize(dice->below(41));
         return QStringLiteral("%1 satellites").arg(unit().gnss.satellites.size());
     case 6:
-        unit().gnss.info.satellitesInView = dice->below(40) - 2;
+        change->gnss.info.satellitesInView = dice->below(40) - 2;
         return QStringLiteral("%1 satellites in the record").arg(unit().gnss.info.satellitesInView);
     default:
         return changeNetworkTests();
@@ -163,7 +167,8 @@ QString RandomUnit::changeState()
 
 QString RandomUnit::changeNetworkTests()
 {
-    bench::NetworkTestState &tests = unit().usb.networkTests;
+    bench::UnitChange change = unit().change();
+    bench::NetworkTestState &tests = change->usb.networkTests;
     tests.log = dice->pick(QStringList{"", "12.3 Mbit/s\n", QString(3000, 'x')});
     tests.writesLog = !dice->oneIn(3);
     const QString operation =
