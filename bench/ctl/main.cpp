@@ -1,5 +1,6 @@
 // Drives a running bench from the command line or from a file of calls.
 
+#include "callhelp.h"
 #include "callline.h"
 #include "client.h"
 
@@ -36,6 +37,9 @@ Examples:
   testmode-ctl receiver.faults set='[{"kind":"drop","step":"packet","packet":3}]'
   testmode-ctl -f night.calls                    a file of calls
   testmode-ctl bench.schema                      all there is
+  testmode-ctl --help ui.click                   what a call does and takes
+
+Calls:
 )";
 
 struct Options
@@ -184,6 +188,22 @@ QString optionsFrom(const QCommandLineParser &parser, Options *options)
     return QString();
 }
 
+int help(const QCommandLineParser &parser)
+{
+    const QStringList words = parser.positionalArguments();
+    if (words.isEmpty()) {
+        std::printf("%s%s%s", qPrintable(parser.helpText()), kExamples, qPrintable(listOfCalls()));
+        return bench::kDone;
+    }
+    const QString text = helpOfCall(words.first());
+    if (text.isEmpty()) {
+        complain(QStringLiteral("no call %1; --help lists them").arg(words.first()));
+        return bench::kUsage;
+    }
+    std::printf("%s", qPrintable(text));
+    return bench::kDone;
+}
+
 int ctlMain(const QStringList &arguments)
 {
     QCommandLineParser parser;
@@ -192,10 +212,8 @@ int ctlMain(const QStringList &arguments)
         complain(parser.errorText() + QStringLiteral("; see --help"));
         return bench::kUsage;
     }
-    if (parser.isSet(QStringLiteral("help"))) {
-        std::printf("%s%s", qPrintable(parser.helpText()), kExamples);
-        return bench::kDone;
-    }
+    if (parser.isSet(QStringLiteral("help")))
+        return help(parser);
     if (parser.isSet(QStringLiteral("version"))) {
         std::printf("testmode-ctl %s\n", TESTMODE_VERSION);
         return bench::kDone;

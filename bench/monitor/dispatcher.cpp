@@ -33,6 +33,7 @@ void Dispatcher::dispatch(const QString &method, const QJsonObject &params, Repl
     const Method found = table.at(row.value());
     try {
         checkArguments(found, params);
+        emit called(method, params);
         found.handler(Call{Arguments(params), responder, client});
     } catch (const CallError &error) {
         responder.fail(error);

@@ -48,6 +48,10 @@ public:
     QJsonObject schema() const;
 
 signals:
+    // A call that fits has come, and is about to run: what somebody does to the bench, or asks of
+    // it.
+    void called(const QString &method, const QJsonObject &params);
+
     void eventHappened(const QString &name, const QJsonObject &params);
     void quitRequested();
 

@@ -1,6 +1,7 @@
 #include "receivermethods.h"
 
 #include "dispatcher.h"
+#include "receiverwords.h"
 #include "unitvalues.h"
 #include "waiting.h"
 
@@ -187,18 +188,14 @@ Method::Handler asked(const Receiver *receiver, Answer answer)
 
 QVector<Parameter> settingsParameters()
 {
-    return {optional("powered", ParameterType::Boolean, "off: silent, but the line stays up"),
-            optional("reset_on_sync", ParameterType::Boolean,
-                     "the first synchronisation byte after silence resets the receiver"),
-            optional("line_rate", ParameterType::Boolean,
-                     "answers wait until their bytes would have passed the line"),
-            optional("download_rate", ParameterType::Integer,
-                     "baud after the switch; 0: the rate that the host uses"),
+    return {optional("powered", ParameterType::Boolean, words::kPowered),
+            optional("reset_on_sync", ParameterType::Boolean, words::kResetOnSync),
+            optional("line_rate", ParameterType::Boolean, words::kLineRate),
+            optional("download_rate", ParameterType::Integer, words::kDownloadRate),
             optional("hw_code", ParameterType::Integer, "of the chip"),
             optional("hw_subcode", ParameterType::Integer, "of the chip"),
             optional("flash_id", ParameterType::List, "three words of 16 bits"),
-            optional("watchdog_ms", ParameterType::Integer,
-                     "from the synchronisation to a reset; 0: none")};
+            optional("watchdog_ms", ParameterType::Integer, words::kWatchdogMs)};
 }
 
 Parameter flashLength()
@@ -211,8 +208,7 @@ Parameter flashLength()
 
 Parameter seed()
 {
-    Parameter parameter = optional("seed", ParameterType::Integer,
-                                   "of the faults' chances; the same seed brings the same faults");
+    Parameter parameter = optional("seed", ParameterType::Integer, words::kSeed);
     parameter.minimum = 0;
     return parameter;
 }

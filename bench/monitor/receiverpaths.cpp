@@ -1,5 +1,7 @@
 #include "receiverpaths.h"
 
+#include "receiverwords.h"
+
 #include "bench/receiver/receiver.h"
 #include "bench/unit/valueentries.h"
 
@@ -125,7 +127,7 @@ Entry seedEntry(const std::shared_ptr<FaultPlan> &plan)
     const QString type = QStringLiteral("a whole number from 0");
     return {QStringLiteral("receiver.seed"),
             type,
-            QStringLiteral("of the faults' chances; the same seed brings the same faults"),
+            QString::fromLatin1(words::kSeed),
             [plan] { return double(plan->seed); },
             [type](const QJsonValue &given) {
                 return isWhole(given, 0, std::numeric_limits<quint32>::max()) ? QString()
@@ -168,19 +170,18 @@ Entry faultsEntry(const std::shared_ptr<FaultPlan> &plan)
 void addReceiverPaths(UnitDocument *document, Receiver *receiver)
 {
     using Settings = ReceiverSettings;
-    document->add(boolean("receiver.powered", receiver, &Settings::powered,
-                          "off: silent, but the line stays up"));
-    document->add(boolean("receiver.reset_on_sync", receiver, &Settings::resetOnSync,
-                          "the first synchronisation byte after silence resets the receiver"));
-    document->add(boolean("receiver.line_rate", receiver, &Settings::keepLineRate,
-                          "answers wait until their bytes would have passed the line"));
-    document->add(integer("receiver.download_rate", receiver, &Settings::downloadRate,
-                          "baud after the switch; 0: the rate that the host uses"));
+    document->add(boolean("receiver.powered", receiver, &Settings::powered, words::kPowered));
+    document->add(
+        boolean("receiver.reset_on_sync", receiver, &Settings::resetOnSync, words::kResetOnSync));
+    document->add(
+        boolean("receiver.line_rate", receiver, &Settings::keepLineRate, words::kLineRate));
+    document->add(
+        integer("receiver.download_rate", receiver, &Settings::downloadRate, words::kDownloadRate));
     document->add(integer("receiver.hw_code", receiver, &Settings::hwCode, "of the chip"));
     document->add(integer("receiver.hw_subcode", receiver, &Settings::hwSubcode, "of the chip"));
     document->add(flashId("receiver.flash_id", receiver, "of the flash"));
-    document->add(integer("receiver.watchdog_ms", receiver, &Settings::watchdogTime,
-                          "from the synchronisation to a reset; 0: none"));
+    document->add(
+        integer("receiver.watchdog_ms", receiver, &Settings::watchdogTime, words::kWatchdogMs));
     const auto plan = std::make_shared<FaultPlan>();
     plan->receiver = receiver;
     document->add(seedEntry(plan));

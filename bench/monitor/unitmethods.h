@@ -12,7 +12,7 @@ void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document);
 // unit.file.*: what the plug-in sees of the file system.
 void addFileMethods(Dispatcher *dispatcher);
 
-// unit.memory.*: the physical memory that the plug-in maps.
+// unit.memory.*, unit.registers and unit.register.*: the physical memory that the plug-in maps.
 void addMemoryMethods(Dispatcher *dispatcher);
 
 } // namespace bench

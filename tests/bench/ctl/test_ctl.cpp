@@ -57,6 +57,8 @@ private slots:
     void usageErrors_data();
     void usageErrors();
     void helpShowsExamples();
+    void helpOfACallIsThatOfTheTable();
+    void helpOfACallThatThereIsNot();
     void version();
 
 private:
@@ -360,6 +362,31 @@ void TestCtl::helpShowsExamples()
     for (const char *words : {"--socket", "--timeout", "--file", "--keep-going",
                               "testmode-ctl ui.click object=key_gps_update", "Exit status:"})
         QVERIFY2(outcome.out.contains(words), words);
+}
+
+// In the words of the bench's table, for which no bench has to run.
+void TestCtl::helpOfACallIsThatOfTheTable()
+{
+    const Outcome outcome = run({"--help", "receiver.wait"});
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.out,
+             QString("Usage: testmode-ctl receiver.wait phase=TEXT timeout_ms=INTEGER\n"
+                     "Answers when the receiver is in the phase, or passes through it.\n\n"
+                     "  phase           a phase of the receiver (text)\n"
+                     "  timeout_ms      how long to wait, in milliseconds (integer from 0 to "
+                     "600000)\n\n"
+                     "Example:\n"
+                     "  testmode-ctl receiver.wait phase=application timeout_ms=2000\n"));
+    QVERIFY(
+        run({"--help", "unit.get"}).out.startsWith("Usage: testmode-ctl unit.get [path=TEXT]\n"));
+    QVERIFY(run({"--help"}).out.contains("\n  receiver.wait\n"));
+}
+
+void TestCtl::helpOfACallThatThereIsNot()
+{
+    const Outcome outcome = run({"--help", "unit.fly"});
+    QCOMPARE(outcome.status, 2);
+    QCOMPARE(outcome.err, QString("testmode-ctl: no call unit.fly; --help lists them\n"));
 }
 
 void TestCtl::version()

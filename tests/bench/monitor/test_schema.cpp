@@ -58,6 +58,8 @@ constexpr MethodRow kMethods[] = {
     {"unit.journal", "since:integer?[0..2147483647]"},
     {"unit.memory.read", "address:address"},
     {"unit.memory.write", "address:address value:address"},
+    {"unit.register.write", "name:text value:address field:text?"},
+    {"unit.registers", ""},
     {"unit.set", "path:text value:any"},
     {"window.back", ""},
     {"window.create", ""},
@@ -235,10 +237,11 @@ void TestSchema::classesOfErrors()
 
 void TestSchema::events()
 {
-    QCOMPARE(column(schema().value("events"), "name"),
-             QStringList({"receiver.anomaly", "receiver.baud", "receiver.fault", "receiver.frame",
-                          "receiver.image", "receiver.phase", "receiver.written", "trace.line",
-                          "unit.changed", "unit.journal", "unit.popup", "unit.reset"}));
+    QCOMPARE(
+        column(schema().value("events"), "name"),
+        QStringList({"receiver.anomaly", "receiver.baud", "receiver.fault", "receiver.frame",
+                     "receiver.image", "receiver.phase", "receiver.written", "trace.line",
+                     "unit.changed", "unit.journal", "unit.popup", "unit.register", "unit.reset"}));
 }
 
 void TestSchema::everyMethodIsDispatched_data()

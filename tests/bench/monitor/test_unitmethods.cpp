@@ -57,6 +57,7 @@ private slots:
 
     void eventsTellWhatHappens();
     void changesComeWithTheirValue();
+    void callsAreToldBeforeTheyRun();
     void callIsToldWhenItIsOver();
     void shellCommandIsToldWithItsStatus();
 
@@ -457,6 +458,22 @@ void TestUnitMethods::changesComeWithTheirValue()
     QCOMPARE(seen.size(), 2);
     unit().change()->gnss.antenna = "SHORT";
     QCOMPARE(seen.mid(2), QStringList({"unit.changed {'path':'gnss.antenna','value':'SHORT'}"}));
+}
+
+// Where a recorder hears what is done to the bench: each call that fits, before what it causes.
+void TestUnitMethods::callsAreToldBeforeTheyRun()
+{
+    QStringList seen;
+    connect(dispatcher.get(), &bench::Dispatcher::called, dispatcher.get(),
+            [&](const QString &method, const QJsonObject &params) {
+                seen << method + ' ' + params.value("path").toString();
+            });
+    connect(dispatcher.get(), &bench::Dispatcher::eventHappened, dispatcher.get(),
+            [&](const QString &name) { seen << name; });
+    result("unit.set", "{'path':'usb.function','value':6}");
+    error("unit.set", "{'path':'usb.function'}"); // does not fit
+    error("unit.fly");
+    QCOMPARE(seen, QStringList({"unit.set usb.function", "unit.changed"}));
 }
 
 void TestUnitMethods::callIsToldWhenItIsOver()
