@@ -8,7 +8,6 @@ class Host;
 class Receiver;
 class ResetPrompt;
 class TraceLog;
-class UnitDocument;
 
 // The parts of a running bench, for the monitor and the panel. Owned by the session;
 // the receiver is null while a real device stands in its place.
@@ -19,7 +18,6 @@ struct Bench
     TraceLog *trace = nullptr;
     QString pictures; // folder of the panel's screenshots, inside the private root; empty: none
     ResetPrompt *resetPrompt = nullptr; // of a receiver that is reset by hand
-    UnitDocument *document = nullptr;   // the unit's state by paths
 };
 
 } // namespace bench

@@ -1,5 +1,7 @@
 #include "preparation.h"
 
+#include "appearance.h"
+
 #include "bench/serial/agents.h"
 #include "bench/serial/resetline.h"
 #include "bench/serial/serialdevice.h"
@@ -125,18 +127,23 @@ std::string socketPath(const std::string &path)
 }
 
 // Where programs keep what a person may want to read later.
-std::string defaultLogFile(const std::string &uart)
+fs::path stateFolder()
 {
     const char *state = std::getenv("XDG_STATE_HOME");
     const char *home = std::getenv("HOME");
     const fs::path folder = state != nullptr && *state == '/'
         ? fs::path(state)
         : fs::path(home != nullptr ? home : ".") / ".local/state";
+    return folder / "testmode-bench";
+}
+
+std::string defaultLogFile(const std::string &uart)
+{
     char time[32];
     const std::time_t now = std::time(nullptr);
     std::strftime(time, sizeof time, "%Y%m%d-%H%M%S", std::localtime(&now));
     const std::string receiver = uart.empty() ? "simulated" : fs::path(uart).filename().string();
-    return folder / "testmode-bench" / (std::string("flash-") + time + "-" + receiver + ".log");
+    return stateFolder() / (std::string("flash-") + time + "-" + receiver + ".log");
 }
 
 // Made if it is not there yet, with its folder.
@@ -256,6 +263,25 @@ std::string checkInputs(const CommandLine &options)
 
 } // namespace
 
+std::string windowFolder()
+{
+    return stateFolder() / "window";
+}
+
+namespace {
+
+// Without the folder the layout is not kept; the window opens all the same.
+bool madeWindowFolder(const CommandLine &options)
+{
+    std::error_code error;
+    if (options.flash || !hasDisplay() || belongsToRoot(windowFolder()))
+        return false;
+    fs::create_directories(windowFolder(), error);
+    return !error && ::access(windowFolder().c_str(), W_OK | X_OK) == 0;
+}
+
+} // namespace
+
 bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
 {
     fillInDefaults(options);
@@ -293,6 +319,8 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
     }
     if (options->flash)
         layout->writable.push_back(options->log);
+    else if (madeWindowFolder(*options))
+        layout->writable.push_back(windowFolder());
     if (!options->monitor.empty())
         layout->writable.push_back(fs::path(options->monitor).parent_path().string());
     return true;

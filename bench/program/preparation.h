@@ -13,4 +13,7 @@ namespace bench {
 // one line that names the thing and the cure, when one cannot be used; then nothing was made.
 bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error);
 
+// Where the operator's window keeps its layout; the same inside of the root.
+std::string windowFolder();
+
 } // namespace bench

@@ -8,7 +8,6 @@
 #include "bench/flash/report.h"
 #include "bench/flash/terminal.h"
 #include "bench/monitor/monitor.h"
-#include "bench/panel/operatorwindow.h"
 #include "bench/root/exitstatus.h"
 #include "bench/root/privateroot.h"
 #include "bench/root/supervisor.h"
@@ -19,9 +18,11 @@
 #include "bench/unit/systemstate.h"
 #include "bench/unit/unitpaths.h"
 #include "bench/unit/usbstate.h"
+#include "bench/window/operatorwindow.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include <csignal>
 #include <cstdio>
@@ -136,12 +137,8 @@ int Session::loadPlugin()
 int Session::loadUnitState()
 {
     const bool simulated = options.uarts.empty();
-    parts = {&host,
-             simulated ? &receiver : nullptr,
-             &trace,
-             QString::fromStdString(options.pictures),
-             resetPrompt.get(),
-             &document};
+    parts = {&host, simulated ? &receiver : nullptr, &trace,
+             QString::fromStdString(options.pictures), resetPrompt.get()};
     dispatcher = makeDispatcher(parts, &document);
     connect(dispatcher.get(), &Dispatcher::quitRequested, this, &Session::end,
             Qt::QueuedConnection);
@@ -186,7 +183,14 @@ void Session::showScreen()
     // By hand the status page is alive; a script says itself what the receiver sees.
     if (!options.isDriven() && options.unit.empty())
         unit().followSky(true);
-    operatorWindow = std::make_unique<OperatorWindow>(parts);
+    WindowParts window;
+    window.dispatcher = dispatcher.get();
+    window.screen = host.screen();
+    window.pictures = parts.pictures;
+    if (QFileInfo(QString::fromStdString(windowFolder())).isWritable())
+        window.settings = QString::fromStdString(windowFolder() + "/window.ini");
+    window.resetPrompt = resetPrompt.get();
+    operatorWindow = std::make_unique<OperatorWindow>(window);
     operatorWindow->show();
 }
 

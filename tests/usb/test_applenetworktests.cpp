@@ -24,11 +24,6 @@ const char kReport[] = "/var/ipt.log";
 const QStringList kClientButtons{"btn_c_udp50", "btn_c_tcp", "btn_c_udp100", "btn_c_stop"};
 const QStringList kServerButtons{"btn_s_udp", "btn_s_tcp", "btn_s_stop"};
 
-bench::NetworkTestState &networkTests()
-{
-    return bench::unit().usb.networkTests;
-}
-
 // The state of the page at the moment when the service is called.
 struct Moment
 {
@@ -99,8 +94,8 @@ private:
 
 void TestAppleNetworkTests::open(const QString &side)
 {
-    networkTests().runDuration = std::chrono::milliseconds(0);
-    networkTests().log = QStringLiteral("report\n");
+    bench::unit().change()->usb.networkTests.runDuration = std::chrono::milliseconds(0);
+    bench::unit().change()->usb.networkTests.log = QStringLiteral("report\n");
     page = std::make_unique<AppleDevTest>(nullptr);
     page->resume();
     page->show();
@@ -211,7 +206,7 @@ void TestAppleNetworkTests::serverThatFailsStaysBusy()
     open("server");
     press("btn_s_udp");
     for (const int failure : {1, -1}) {
-        networkTests().results[operation] = failure;
+        bench::unit().change()->usb.networkTests.results[operation] = failure;
         forget();
         press(button);
         QTEST(said(), "trace");
@@ -276,7 +271,7 @@ void TestAppleNetworkTests::runThatFailsStaysBusy()
     tests::writeFile(kReport, "report of another run\n");
     press(button);
     for (const int failure : {1, -1}) {
-        networkTests().results[operation] = failure;
+        bench::unit().change()->usb.networkTests.results[operation] = failure;
         forget();
         press(button);
         QTEST(said(), "trace");
@@ -303,7 +298,7 @@ void TestAppleNetworkTests::runWithoutReportStaysBusy()
 {
     const QString button = QTest::currentDataTag();
     openFor(button);
-    networkTests().writesLog = false;
+    bench::unit().change()->usb.networkTests.writesLog = false;
     press(button);
     QTEST(said(), "trace");
     QVERIFY(isSaidBy(button));
@@ -327,7 +322,7 @@ void TestAppleNetworkTests::busyNoteIsPaintedBeforeTheRun()
 void TestAppleNetworkTests::nextRunEndsTheBusyNote()
 {
     open("client");
-    networkTests().results["startTcpClient"] = 1;
+    bench::unit().change()->usb.networkTests.results["startTcpClient"] = 1;
     press("btn_c_tcp");
     QVERIFY(isBusy());
     press("btn_c_udp50");
@@ -353,7 +348,7 @@ void TestAppleNetworkTests::reportEndsAt2000Bytes()
 {
     QFETCH(QByteArray, report);
     open("client");
-    networkTests().writesLog = false;
+    bench::unit().change()->usb.networkTests.writesLog = false;
     tests::writeFile(kReport, report);
     press("btn_c_stop");
     QTEST(result(), "shown");
@@ -363,7 +358,7 @@ void TestAppleNetworkTests::reportEndsAt2000Bytes()
 void TestAppleNetworkTests::reportIsPlainText()
 {
     open("client");
-    networkTests().log = QStringLiteral("<b>12</b> Mbit/s");
+    bench::unit().change()->usb.networkTests.log = QStringLiteral("<b>12</b> Mbit/s");
     press("btn_c_tcp");
     QCOMPARE(result(), QString("<b>12</b> Mbit/s"));
 }
@@ -371,9 +366,9 @@ void TestAppleNetworkTests::reportIsPlainText()
 void TestAppleNetworkTests::shorterReportLeavesNothingOfALongerOne()
 {
     open("client");
-    networkTests().log = QStringLiteral("a long report");
+    bench::unit().change()->usb.networkTests.log = QStringLiteral("a long report");
     press("btn_c_tcp");
-    networkTests().log = QStringLiteral("short");
+    bench::unit().change()->usb.networkTests.log = QStringLiteral("short");
     press("btn_c_tcp");
     QCOMPARE(result(), QString("short"));
 }
@@ -482,7 +477,7 @@ void TestAppleNetworkTests::scrollBarFollowsALongReport()
     open("client");
     auto *bar = child<QScrollBar>(*page, "scrollbar");
     QCOMPARE(bar->maximum(), 0);
-    networkTests().log = QStringLiteral("one line\n").repeated(60);
+    bench::unit().change()->usb.networkTests.log = QStringLiteral("one line\n").repeated(60);
     press("btn_c_tcp");
     QTRY_VERIFY(bar->maximum() > 0);
     QVERIFY(bar->isVisible());

@@ -13,7 +13,7 @@ namespace {
 
 const char kReport[] = "/var/ipt.log";
 
-bench::NetworkTestState &networkTests()
+const bench::NetworkTestState &networkTests()
 {
     return bench::unit().usb.networkTests;
 }
@@ -53,7 +53,7 @@ private:
 
 void TestNetworkTestService::prepare()
 {
-    networkTests().runDuration = std::chrono::milliseconds(0);
+    bench::unit().change()->usb.networkTests.runDuration = std::chrono::milliseconds(0);
     QFile::remove(QString::fromLatin1(kReport));
 }
 
@@ -108,7 +108,7 @@ void TestNetworkTestService::serverReportsWhenItIsStopped()
 void TestNetworkTestService::clientRunTakesItsTime()
 {
     prepare();
-    networkTests().runDuration = std::chrono::milliseconds(60);
+    bench::unit().change()->usb.networkTests.runDuration = std::chrono::milliseconds(60);
     const tests::VirtualClock clock;
     QCOMPARE(call(&LMPlatformControl::startTcpClient), 0);
     QCOMPARE(clock.milliseconds(), 60);
@@ -129,7 +129,7 @@ void TestNetworkTestService::operationsFailOnDemand()
 {
     QFETCH(Operation, operation);
     prepare();
-    networkTests().results[QTest::currentDataTag()] = -7;
+    bench::unit().change()->usb.networkTests.results[QTest::currentDataTag()] = -7;
     QCOMPARE(call(operation), -7);
     QVERIFY(!QFile::exists(QString::fromLatin1(kReport)));
     QCOMPARE(networkTests().server, QString());
@@ -138,7 +138,7 @@ void TestNetworkTestService::operationsFailOnDemand()
 void TestNetworkTestService::reportOnDemand()
 {
     prepare();
-    networkTests().log = QStringLiteral("速度 50\n");
+    bench::unit().change()->usb.networkTests.log = QStringLiteral("速度 50\n");
     QCOMPARE(call(&LMPlatformControl::startTcpClient), 0);
     QCOMPARE(tests::contentOf(kReport), QByteArray("速度 50\n"));
 }
@@ -146,7 +146,7 @@ void TestNetworkTestService::reportOnDemand()
 void TestNetworkTestService::noReportOnDemand()
 {
     prepare();
-    networkTests().writesLog = false;
+    bench::unit().change()->usb.networkTests.writesLog = false;
     QCOMPARE(call(&LMPlatformControl::stopNetTest), 0);
     QVERIFY(!QFile::exists(QString::fromLatin1(kReport)));
 }
