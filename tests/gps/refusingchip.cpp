@@ -8,7 +8,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -76,13 +75,19 @@ void RefusingChip::talk()
             if (++synchronised <= 4 && ::write(master, &answer, 1) != 1)
                 return;
         }
-        int pending = 0;
-        ::ioctl(slave, FIONREAD, &pending);
         const unsigned char refusals[8] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-        if (synchronised >= 4 && pending == 0
+        if (synchronised >= 4 && hostHasReadAll()
             && ::write(master, refusals, sizeof refusals) != sizeof refusals)
             return;
     }
+}
+
+// Asked for by a poll, which delivers what is on its way. A count of what has been delivered stays
+// 0 while the kernel has no time for it: then the line would fill up and the write never end.
+bool RefusingChip::hostHasReadAll() const
+{
+    pollfd host = {slave, POLLIN, 0};
+    return ::poll(&host, 1, 0) == 0;
 }
 
 bool RefusingChip::waitForByte()

@@ -23,6 +23,7 @@ public:
 private:
     void talk();
     bool waitForByte();
+    bool hostHasReadAll() const;
 
     int master = -1;
     int slave = -1; // kept open: the line stays up between two updates
