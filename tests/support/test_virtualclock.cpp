@@ -99,6 +99,7 @@ private slots:
     void firstComeFirstServedAtTheSameTime();
     void readyDescriptorCostsNoTime();
     void bytesOnTheirWayThroughATerminalCostNoTime();
+    void roomThatTheKernelDoesNotTellOfIsFound();
     void semaphoreOfSeveralTokens();
     void conditionsWakeOneOrAll();
     void timeOfDayCanBeMoved();
@@ -391,6 +392,37 @@ void TestVirtualClock::bytesOnTheirWayThroughATerminalCostNoTime()
     echo->wait();
     QCOMPARE(lost, 0);
     QCOMPARE(clock.microseconds(), 0);
+}
+
+// The same thread of the kernel makes room for a writer, now and then without waking it. Each
+// round a reader rests while the terminal is filled.
+void TestVirtualClock::roomThatTheKernelDoesNotTellOfIsFound()
+{
+    constexpr int kRounds = 300;
+    constexpr int kBytes = 30000;
+    const VirtualClock clock;
+    const Terminal terminal;
+    std::unique_ptr<QThread> reader(QThread::create([&terminal] {
+        char buffer[65536];
+        for (int left = kRounds * kBytes; left > 0;) {
+            pollfd waited = {terminal.master, POLLIN, 0};
+            ::poll(&waited, 1, -1);
+            QThread::msleep(10);
+            left -= static_cast<int>(::read(terminal.master, buffer, sizeof buffer));
+        }
+    }));
+    reader->start();
+    ::fcntl(terminal.slave, F_SETFL, O_NONBLOCK);
+    const QByteArray bytes(kBytes, 'a');
+    for (int round = 0; round < kRounds; ++round) {
+        for (int sent = 0; sent < kBytes;) {
+            pollfd waited = {terminal.slave, POLLIN | POLLOUT, 0};
+            ::poll(&waited, 1, 200);
+            sent +=
+                qMax(0, int(::write(terminal.slave, bytes.data() + sent, size_t(kBytes - sent))));
+        }
+    }
+    QVERIFY(reader->wait(10000));
 }
 
 void TestVirtualClock::semaphoreOfSeveralTokens()

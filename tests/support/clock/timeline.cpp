@@ -299,15 +299,20 @@ int Timeline::wake(const void *key, int atMost)
 void Timeline::passTime()
 {
     Thread *next = nullptr;
+    bool ready = false;
     for (const auto &thread : threads) {
-        if (thread->hasReadyDescriptor())
-            return;
+        // Told, not trusted to the kernel: what a terminal's worker does, as making room for a
+        // writer, does not always wake who sleeps.
+        if (thread->hasReadyDescriptor()) {
+            release(*thread, WaitEnd::Descriptor);
+            ready = true;
+        }
         if (thread->deadline
             && (next == nullptr || *thread->deadline < *next->deadline
                 || (*thread->deadline == *next->deadline && thread->order < next->order)))
             next = thread.get();
     }
-    if (next == nullptr)
+    if (ready || next == nullptr)
         return;
     now = std::max<std::int64_t>(now, *next->deadline);
     release(*next, WaitEnd::Deadline);

@@ -6,8 +6,8 @@
 // while it exists; threads that were there before keep to the machine's clock. A thread waits while
 // it sleeps, polls descriptors or waits for another thread (condition, semaphore, mutex of Qt or
 // GLib). When the last of them begins to wait,
-//   1. every descriptor that is waited for is looked at. If one is ready, no time passes: its
-//      thread is about to wake. Bytes on their way through a pseudo-terminal are ready bytes: the
+//   1. every descriptor that is waited for is looked at. If one is ready, no time passes, and
+//      its thread is woken. Bytes on their way through a pseudo-terminal are ready bytes: the
 //      kernel delivers them when it is asked;
 //   2. otherwise the clock jumps to the earliest deadline and wakes the one thread that set it;
 //      of several, the one that began to wait first.
