@@ -187,6 +187,16 @@ void TestCampaign::verdict_data()
         [](Observation *seen) { seen->milliseconds = 20001; });
     row("beside the images", Outcome::Wrong, "something was written beside the images",
         [](Observation *seen) { seen->flash[0x100000] = 'x'; });
+    row("beside the images, as the line said", Outcome::WrongFlash, "written to another address",
+        [](Observation *seen) {
+            seen->flash[0x100000] = 'x';
+            seen->addressMeddledWith = true;
+        });
+    row("beside the images, and a failure", Outcome::Failed, "", [](Observation *seen) {
+        seen->flash[0x100000] = 'x';
+        seen->addressMeddledWith = true;
+        seen->success = false;
+    });
     row("drawn for ever", Outcome::Endless, "", [](Observation *seen) {
         seen->endless = true;
         seen->drawnForEver = true;
@@ -277,6 +287,8 @@ void TestCampaign::bothLinesBringTheSameOutcome_data()
     row("not written", R"({"kind":"no-write","step":"packet","image":2,"packet":2})",
         "wrong-flash");
     row("another order", R"({"kind":"swap","step":"packet","image":4,"packet":1,"index":7})",
+        "wrong-flash");
+    row("another address", R"({"kind":"flip","step":"download","image":4,"index":2,"value":1})",
         "wrong-flash");
     // The byte that says that all packets are written comes twice, and is taken for the sum's
     // answer.

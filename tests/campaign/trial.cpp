@@ -105,6 +105,11 @@ Verdict Rig::run(const FaultCase &trial, Observation *seen)
 
     const file &other = campaignPackage(1);
     chip().faults.set({}, 0);
+    if (observation.addressMeddledWith) {
+        // What was written beside the images would stay there for good.
+        flash.fill('\xFF');
+        chip().flash.load(flash);
+    }
     const Verdict next = judge(update(other), other);
     if (verdict.outcome == Outcome::Wrong || next.outcome == Outcome::Untouched)
         return verdict;
@@ -170,9 +175,16 @@ void Rig::noteFaults(Observation *seen)
             seen->packetsLost += report.done;
         if (report.done > 0 && meddlesWithAnswers(fault))
             seen->answersMeddledWith = true;
+        const bool toReceiver =
+            Fault::ofByte(fault.kind) && fault.direction == Fault::Direction::ToReceiver;
+        if (report.done > 0 && toReceiver && fault.step == bench::ReceiverStep::Download)
+            seen->addressMeddledWith = true;
         const bool stops =
             fault.kind == Fault::Kind::FlowByte && fault.value.value_or(0x13) == 0x13;
         if (report.done > 0 && stops && fault.resumeMilliseconds == 0)
+            seen->senderStopped = true;
+        // A byte on its way to the host may become an XOFF.
+        if (!report.deeds.filter(QStringLiteral("became 0x13")).isEmpty())
             seen->senderStopped = true;
         // Bytes that are held up hold the sender up.
         const quint32 late = fault.kind == Fault::Kind::Late ? fault.value.value_or(50) : 0;

@@ -85,10 +85,13 @@ Verdict judge(const Observation &seen, const file &package)
     const QByteArray wanted = flashWith(package);
     if (seen.results != 1)
         return wrong(QStringLiteral("%1 results").arg(seen.results));
-    if (seen.flash != wanted && !touchesNothingElse(seen.flash, package))
+    const bool elsewhere = seen.flash != wanted && !touchesNothingElse(seen.flash, package);
+    if (elsewhere && !seen.addressMeddledWith)
         return wrong(QStringLiteral("something was written beside the images"));
     if (!seen.endless && seen.milliseconds > seen.budget)
         return wrong(QStringLiteral("took %1 ms of %2 ms").arg(seen.milliseconds).arg(seen.budget));
+    if (seen.success && elsewhere)
+        return {Outcome::WrongFlash, QStringLiteral("written to another address")};
     if (seen.success && seen.flash != wanted)
         return judgeWrongFlash(seen, wanted, package);
     if (seen.faultsDone == 0)

@@ -32,6 +32,7 @@ struct Observation
     int faultsDone = 0;              // how often any struck
     int packetsLost = 0;             // acknowledged and not written
     bool answersMeddledWith = false; // the host was told what the receiver did not mean
+    bool addressMeddledWith = false; // the receiver was told to write elsewhere
     QByteArray flash;
     QByteArray flashBefore;
 };
