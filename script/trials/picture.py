@@ -40,12 +40,12 @@ def cell(x, y, counts):
 
 
 def legend(y, outcomes):
-    parts, x = [], LEFT
+    parts, x = [], 24
     for outcome, (colour, words) in COLOURS.items():
         if outcome in outcomes:
             parts += [rectangle(x, y, 14, 14, colour), text(x + 20, y + 12, words)]
-            x += 40 + 7 * len(words)
-    parts += [rectangle(x, y, 14, 14, NOTHING), text(x + 20, y + 12, "not possible there")]
+            x += 36 + 6.2 * len(words)
+    parts += [rectangle(x, y, 14, 14, NOTHING), text(x + 20, y + 12, "not possible")]
     return parts
 
 
