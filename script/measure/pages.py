@@ -1,0 +1,95 @@
+"""What the pages cost the GUI thread, beside bare forms of the same shape."""
+import json
+import os
+import re
+import subprocess
+import tempfile
+
+from .rows import Row, against, typical_time
+
+PAGES = {"key_ncm_test": "Apple device", "key_usb_tid": "USB PHY", "key_gps_test": "GNSS status",
+         "key_gps_update": "GNSS update", "key_tools": "tools", "key_mic_test": "microphone"}
+
+
+def measure(build, what, module=None, times=1, tool=()):
+    words = [*tool, f"{build}/bin/benchmark_pages", "--what", what, "--times", str(times)]
+    if module:
+        words += ["--module", f"{build}/lib/{module}"]
+    done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True,
+                          timeout=1800)
+    return json.loads(done.stdout)
+
+
+def menu_row(build, quick):
+    ours, floor = [], []
+    for _ in range(3 if quick else 15):
+        floor.append(measure(build, "menu", "libbenchmark_empty.so")["menu"] / 1000)
+        ours.append(measure(build, "menu", "libtestmode.so")["menu"] / 1000)
+    return against("plug-in loaded to menu painted, against an empty plug-in", ours, floor, quick,
+                   most=1.3, quick_most=4)
+
+
+def page_rows(build, quick):
+    runs, again = (3, 5) if quick else (9, 20)
+    ours, floor = [], []
+    for _ in range(runs):
+        floor.append(measure(build, "pages", times=again)["pages"])
+        ours.append(measure(build, "pages", "libtestmode.so", again)["pages"])
+
+    rows = []
+    for key, name in PAGES.items():
+        first = [[run[key][0] / 1000 for run in taken] for taken in (ours, floor)]
+        later = [time / 1000 for run in ours for time in run[key][1:]]
+        rows.append(against(f"{name} page opened first, against its bare form", *first, quick,
+                            most=1.5, quick_most=10))
+        rows.append(Row(f"{name} page opened again", typical_time(later, quick), "ms", most=5,
+                        quick_most=50))
+    return rows
+
+
+def instructions(build, module, times):
+    """Of one more status record, as a processor model counts them."""
+    counts = []
+    with tempfile.TemporaryDirectory() as folder:
+        for number in (times, 2 * times):
+            out = os.path.join(folder, f"callgrind.{number}")
+            measure(build, "status", module, number,
+                    ("valgrind", "--tool=callgrind", "--trace-children=yes",
+                     f"--callgrind-out-file={out}.%p"))
+            counts.append(max(total(os.path.join(folder, name)) for name in os.listdir(folder)
+                              if name.startswith(f"callgrind.{number}.")))
+    return (counts[1] - counts[0]) / times
+
+
+def total(path):
+    with open(path, encoding="utf-8", errors="replace") as counted:
+        found = re.findall(r"^(?:summary|totals): (\d+)", counted.read(), re.MULTILINE)
+    return int(found[-1]) if found else 0
+
+
+def status_rows(build, quick):
+    runs, times = (1, 20) if quick else (7, 100)
+    ours, floor = [], []
+    for _ in range(runs):
+        for taken, module in ((floor, None), (ours, "libtestmode.so")):
+            records = measure(build, "status", module, times)["status"]
+            taken += [record / 1000 for record in records[1:]]
+    rows = [against("status record of 30 satellites, against bare labels and list", ours, floor,
+                    quick, most=2, quick_most=6)]
+    if not quick:
+        counted = [instructions(build, module, 50) for module in ("libtestmode.so", None)]
+        rows.append(Row("the same in instructions", counted[0] / counted[1], "", most=2,
+                        remark=f"{counted[0] / 1e6:.2f} and {counted[1] / 1e6:.2f} million"))
+    return rows
+
+
+def memory_row(build, quick):
+    times = 60 if quick else 1000
+    resident = measure(build, "memory", "libtestmode.so", times)["memory"]
+    return Row(f"memory over {times} openings of every page", (resident[-1] - resident[49]) / 1024,
+               "MiB", most=2, remark="since the 50th")
+
+
+def rows(build, quick):
+    return [menu_row(build, quick), *page_rows(build, quick), *status_rows(build, quick),
+            memory_row(build, quick)]
