@@ -4,6 +4,7 @@
 #include "painting.h"
 
 #include "bench/root/privateroot.h"
+#include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
 #include "framework/appplugin.h"
 #include "framework/windowinterface.h"
@@ -226,8 +227,9 @@ QJsonArray statusByPlugin(Shown *shown, int times)
     for (int i = 0; i < times; ++i) {
         const krnmINFO info = statusRecord(i);
         each << Painting::microseconds([&info, list] {
-            bench::unit().gnss.info = info;
-            bench::unit().gnss.satellites = satellitesOf(info);
+            bench::UnitChange change = bench::unit().change();
+            change->gnss.info = info;
+            change->gnss.satellites = satellitesOf(info);
             emit gpsservice::GpsService::instance()->krnmInfoRefresh(info);
             return list->viewport();
         });
