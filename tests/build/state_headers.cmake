@@ -18,7 +18,8 @@ set(object "")
 foreach(line IN LISTS lines)
   if(line MATCHES "^([^ ]+): #deps .*\\((VALID|STALE)\\)")
     set(object "${CMAKE_MATCH_1}")
-    if(CMAKE_MATCH_2 STREQUAL "STALE")
+    # Newer releases of CMake tell of what moc reads too.
+    if(CMAKE_MATCH_2 STREQUAL "STALE" OR NOT object MATCHES "\\.o$")
       set(object "") # of a target that is no more, or is to be built yet
     endif()
   elseif(object AND line MATCHES "/bench/unit/([a-z]+\\.h)$")
