@@ -1,9 +1,6 @@
 """What the pages cost the GUI thread, beside bare forms of the same shape."""
 import json
-import os
-import re
 import subprocess
-import tempfile
 
 from .rows import Row, against, typical_time
 
@@ -47,26 +44,6 @@ def page_rows(build, quick):
     return rows
 
 
-def instructions(build, module, times):
-    """Of one more status record, as a processor model counts them."""
-    counts = []
-    with tempfile.TemporaryDirectory() as folder:
-        for number in (times, 2 * times):
-            out = os.path.join(folder, f"callgrind.{number}")
-            measure(build, "status", module, number,
-                    ("valgrind", "--tool=callgrind", "--trace-children=yes",
-                     f"--callgrind-out-file={out}.%p"))
-            counts.append(max(total(os.path.join(folder, name)) for name in os.listdir(folder)
-                              if name.startswith(f"callgrind.{number}.")))
-    return (counts[1] - counts[0]) / times
-
-
-def total(path):
-    with open(path, encoding="utf-8", errors="replace") as counted:
-        found = re.findall(r"^(?:summary|totals): (\d+)", counted.read(), re.MULTILINE)
-    return int(found[-1]) if found else 0
-
-
 def status_rows(build, quick):
     runs, times = (1, 20) if quick else (7, 100)
     ours, floor = [], []
@@ -74,13 +51,8 @@ def status_rows(build, quick):
         for taken, module in ((floor, None), (ours, "libtestmode.so")):
             records = measure(build, "status", module, times)["status"]
             taken += [record / 1000 for record in records[1:]]
-    rows = [against("status record of 30 satellites, against bare labels and list", ours, floor,
+    return [against("status record of 30 satellites, against bare labels and list", ours, floor,
                     quick, most=2, quick_most=6)]
-    if not quick:
-        counted = [instructions(build, module, 50) for module in ("libtestmode.so", None)]
-        rows.append(Row("the same in instructions", counted[0] / counted[1], "", most=2,
-                        remark=f"{counted[0] / 1e6:.2f} and {counted[1] / 1e6:.2f} million"))
-    return rows
 
 
 def memory_row(build, quick):
