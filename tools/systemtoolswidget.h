@@ -24,7 +24,7 @@ private slots:
     void onCarPlayDumpStartClicked();
     void onCarPlayDumpEndClicked();
 
-    // Both end in a reset of the unit.
+    // Both ask the unit for a system reset.
     void onOpenLogServiceClicked();
     void onCloseLogServiceClicked();
 

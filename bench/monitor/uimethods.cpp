@@ -207,15 +207,10 @@ void UiMethods::wait(const Call &call)
     const QString property = call.arguments.text("property");
     const QJsonValue wanted = call.arguments.value("value");
     const auto probe = [this, path, property, wanted]() -> std::optional<QJsonObject> {
-        try {
-            QWidget *widget = findWidget(screen, path);
-            if (widgetProperty(widget, property) == wanted)
-                return QJsonObject{{"value", wanted}};
-        } catch (const CallError &error) {
-            // The widget may come later; a property that its class lacks never will.
-            if (error.message() != QStringLiteral("no object %1").arg(path))
-                throw;
-        }
+        // The widget may come later; a property that its class lacks never will.
+        const QWidget *widget = lookForWidget(screen, path);
+        if (widget != nullptr && widgetProperty(widget, property) == wanted)
+            return QJsonObject{{"value", wanted}};
         return std::nullopt;
     };
     const auto complaint = [this, path, property]() -> QString {

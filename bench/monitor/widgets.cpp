@@ -91,7 +91,7 @@ QString describe(const QWidget *widget)
                                           : widget->objectName();
 }
 
-QWidget *findWidget(QWidget *screen, const QString &path)
+QWidget *lookForWidget(QWidget *screen, const QString &path)
 {
     QStringList names = path.split(QLatin1Char('/'));
     const QString name = names.takeLast();
@@ -103,8 +103,6 @@ QWidget *findWidget(QWidget *screen, const QString &path)
         if (hasAncestors(widget, names))
             found << widget;
     }
-    if (found.isEmpty())
-        throw CallError(ErrorClass::NotFound, QStringLiteral("no object %1").arg(path));
     if (found.size() > 1) {
         QStringList paths;
         for (const QWidget *widget : qAsConst(found))
@@ -112,7 +110,15 @@ QWidget *findWidget(QWidget *screen, const QString &path)
         throw CallError(ErrorClass::Ambiguous,
                         QStringLiteral("%1 may be %2").arg(path, paths.join(QStringLiteral(", "))));
     }
-    return found.first();
+    return found.value(0);
+}
+
+QWidget *findWidget(QWidget *screen, const QString &path)
+{
+    QWidget *widget = lookForWidget(screen, path);
+    if (widget == nullptr)
+        throw CallError(ErrorClass::NotFound, QStringLiteral("no object %1").arg(path));
+    return widget;
 }
 
 QJsonObject widgetState(const QWidget *widget)

@@ -16,6 +16,8 @@ namespace bench {
 // The one widget of that name: an objectName, or "ancestor/objectName" with the
 // ancestor's name or class. Throws CallError with NotFound or Ambiguous.
 QWidget *findWidget(QWidget *screen, const QString &path);
+// Null where there is none yet.
+QWidget *lookForWidget(QWidget *screen, const QString &path);
 
 // Its name, or its class where it has none.
 QString describe(const QWidget *widget);
