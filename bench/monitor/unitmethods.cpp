@@ -92,6 +92,16 @@ void addUnitMethods(Dispatcher *dispatcher, UnitDocument *document)
          "Has a service tell the plug-in what the unit's state is",
          "signal=gnss.status",
          direct([](const Arguments &arguments) { return emitSignal(arguments.text("signal")); })});
+    dispatcher->add(
+        {"unit.cold_start",
+         {},
+         "Has the GNSS receiver forget satellites, position and time; it finds them while it "
+         "follows the sky",
+         "",
+         direct([](const Arguments &) {
+             unit().change()->gnss.sky.coldStart();
+             return QJsonObject();
+         })});
     dispatcher->addToSchema("paths", describePaths(*document));
     addUnitEvents(dispatcher, document);
 }

@@ -67,6 +67,7 @@ void GnssReceiver::report()
     GnssState &gnss = change->gnss;
     const bool wasCalibrated = gnss.sky.isCalibrated();
     gnss.sky.setAntenna(antennaOf(gnss.antenna));
+    gnss.sky.setScene(gnss.scene);
     gnss.sky.advance(1);
     gnss.info = gnss.sky.info();
     gnss.satellites = gnss.sky.satellites();

@@ -23,6 +23,7 @@ struct GnssState
     // While the sky is followed, it fills info, duration and satellites once a second.
     // HeadUnit::followSky() switches it.
     bool followsSky = false;
+    Scene scene; // that the sky is seen in
     Sky sky;
 };
 

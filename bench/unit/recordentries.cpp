@@ -5,83 +5,133 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
 #include <limits>
+#include <vector>
 
 namespace bench::entries {
 
 namespace {
 
-// The fields of a satellite, under the names that the document gives them.
-struct SatelliteField
+// A field of a record, under the name that the document gives it.
+template <typename Record>
+struct Field
 {
     const char *name;
-    int32_t krnmSatellite::*field;
+    int Record::*field;
+    int minimum = std::numeric_limits<int>::min();
+    int maximum = kNoMaximum;
 };
 
-constexpr SatelliteField kSatelliteFields[] = {
+template <typename Record>
+using Fields = std::vector<Field<Record>>;
+
+const Fields<krnmSatellite> kSatelliteFields{
     {"number", &krnmSatellite::number},       {"in_use", &krnmSatellite::inUse},
     {"elevation", &krnmSatellite::elevation}, {"azimuth", &krnmSatellite::azimuth},
     {"signal", &krnmSatellite::signal},
 };
 
-QJsonValue satellitesToJson(const QVector<krnmSatellite> &satellites)
+const Fields<HeldSatellite> kHeldFields{
+    {"number", &HeldSatellite::number, 1, 30},
+    {"elevation", &HeldSatellite::elevation, 0, 90},
+    {"azimuth", &HeldSatellite::azimuth, 0, 359},
+};
+
+const Fields<CoveredSector> kSectorFields{
+    {"from", &CoveredSector::from, 0, 359},
+    {"to", &CoveredSector::to, 0, 359},
+    {"elevation", &CoveredSector::elevation, 0, 90},
+};
+
+template <typename Record>
+QJsonValue toJson(const QVector<Record> &records, const Fields<Record> &fields)
 {
     QJsonArray list;
-    for (const krnmSatellite &satellite : satellites) {
+    for (const Record &record : records) {
         QJsonObject entry;
-        for (const SatelliteField &field : kSatelliteFields)
-            entry.insert(QLatin1String(field.name), satellite.*field.field);
+        for (const Field<Record> &field : fields)
+            entry.insert(QLatin1String(field.name), record.*field.field);
         list.append(entry);
     }
     return list;
 }
 
-const SatelliteField *satelliteField(const QString &name)
+template <typename Record>
+QVector<Record> fromJson(const QJsonArray &list, const Fields<Record> &fields)
 {
-    for (const SatelliteField &field : kSatelliteFields) {
-        if (name == QLatin1String(field.name))
-            return &field;
+    QVector<Record> records;
+    for (const QJsonValue &entry : list) {
+        Record record = {};
+        for (const Field<Record> &field : fields)
+            record.*field.field = entry.toObject().value(QLatin1String(field.name)).toInt();
+        records.append(record);
     }
-    return nullptr;
+    return records;
 }
 
-QString checkSatellites(const QJsonValue &given)
+template <typename Record>
+QString checkField(const QString &key, const QJsonValue &value, const Fields<Record> &fields,
+                   const QString &noun)
+{
+    for (const Field<Record> &field : fields) {
+        if (key != QLatin1String(field.name))
+            continue;
+        if (isWhole(value, field.minimum, field.maximum))
+            return QString();
+        return wanted(field.maximum == kNoMaximum ? QStringLiteral("a whole number")
+                                                  : QStringLiteral("a whole number from %1 to %2")
+                                                        .arg(field.minimum)
+                                                        .arg(field.maximum));
+    }
+    return QStringLiteral(": a %1 has no such key").arg(noun);
+}
+
+// `noun`: what one record is.
+template <typename Record>
+QString check(const QJsonValue &given, const Fields<Record> &fields, const QString &noun)
 {
     if (!given.isArray())
-        return wanted(QStringLiteral("a list of satellites"));
+        return wanted(QStringLiteral("a list of %1s").arg(noun));
     const QJsonArray list = given.toArray();
     for (int i = 0; i < list.size(); ++i) {
         const QString place = QStringLiteral(".%1").arg(i);
         if (!list.at(i).isObject())
             return place + wanted(QStringLiteral("an object"));
-        const QJsonObject satellite = list.at(i).toObject();
-        for (auto field = satellite.begin(); field != satellite.end(); ++field) {
-            const QString name = place + QLatin1Char('.') + field.key();
-            if (satelliteField(field.key()) == nullptr)
-                return name + QStringLiteral(": a satellite has no such key");
-            if (!isWhole(field.value(), std::numeric_limits<int>::min(), kNoMaximum))
-                return name + wanted(QStringLiteral("a whole number"));
+        const QJsonObject record = list.at(i).toObject();
+        for (auto field = record.begin(); field != record.end(); ++field) {
+            const QString wrong = checkField(field.key(), field.value(), fields, noun);
+            if (!wrong.isEmpty())
+                return place + QLatin1Char('.') + field.key() + wrong;
         }
     }
     return QString();
 }
 
+// A row over a list that nothing else follows from.
+template <typename Record>
+Entry listEntry(const char *path, QVector<Record> *records, const Fields<Record> &fields,
+                const QString &noun, const char *description)
+{
+    return {path,
+            QStringLiteral("a list of objects"),
+            description,
+            [=] { return toJson(*records, fields); },
+            [=](const QJsonValue &given) { return check(given, fields, noun); },
+            [=](const QJsonValue &given) { *records = fromJson(given.toArray(), fields); }};
+}
+
 void writeSatellites(GnssState *gnss, const QJsonArray &list)
 {
-    gnss->satellites.clear();
-    int inUse = 0;
-    for (const QJsonValue &entry : list) {
-        krnmSatellite satellite = {};
-        for (const SatelliteField &field : kSatelliteFields)
-            satellite.*field.field = entry.toObject().value(QLatin1String(field.name)).toInt();
-        gnss->satellites.append(satellite);
-        inUse += satellite.inUse == 1 ? 1 : 0;
-    }
+    gnss->satellites = fromJson(list, kSatelliteFields);
+    const auto inUse =
+        std::count_if(gnss->satellites.cbegin(), gnss->satellites.cend(),
+                      [](const krnmSatellite &satellite) { return satellite.inUse == 1; });
     int place = 0;
     for (krnmSatellite &satellite : gnss->info.satellites)
         satellite = gnss->satellites.value(place++);
     gnss->info.satellitesInView = gnss->satellites.size();
-    gnss->info.satellitesInUse = inUse;
+    gnss->info.satellitesInUse = int(inUse);
 }
 
 QVariant toVariant(const QJsonValue &value)
@@ -131,9 +181,21 @@ Entry satellites(const char *path, GnssState *gnss, const char *description)
     return {path,
             QStringLiteral("a list of objects"),
             description,
-            [gnss] { return satellitesToJson(gnss->satellites); },
-            checkSatellites,
+            [gnss] { return toJson(gnss->satellites, kSatelliteFields); },
+            [](const QJsonValue &given) {
+                return check(given, kSatelliteFields, QStringLiteral("satellite"));
+            },
             [gnss](const QJsonValue &given) { writeSatellites(gnss, given.toArray()); }};
+}
+
+Entry heldSatellites(const char *path, QVector<HeldSatellite> *held, const char *description)
+{
+    return listEntry(path, held, kHeldFields, QStringLiteral("satellite"), description);
+}
+
+Entry coveredSectors(const char *path, QVector<CoveredSector> *covered, const char *description)
+{
+    return listEntry(path, covered, kSectorFields, QStringLiteral("sector"), description);
 }
 
 Entry settings(const char *path, QMap<QString, Setting> *store, QVariant Setting::*column,

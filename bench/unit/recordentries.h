@@ -7,7 +7,9 @@
 
 namespace bench {
 
+struct CoveredSector;
 struct GnssState;
+struct HeldSatellite;
 
 } // namespace bench
 
@@ -18,6 +20,9 @@ using Entry = UnitDocument::Entry;
 
 // The list of the service; the status record follows it.
 Entry satellites(const char *path, GnssState *gnss, const char *description);
+
+Entry heldSatellites(const char *path, QVector<HeldSatellite> *held, const char *description);
+Entry coveredSectors(const char *path, QVector<CoveredSector> *covered, const char *description);
 
 // One column of a settings store. Writing the values leaves the stored first
 // arguments of keys that stay.

@@ -114,10 +114,11 @@ void Sky::step()
     ++elapsed;
     ++secondsOn;
     drive();
-    for (Satellite &satellite : constellation) {
+    for (Satellite &satellite : constellation)
         place(satellite);
+    putWhereHeld();
+    for (Satellite &satellite : constellation)
         receive(satellite);
-    }
     updateFix();
 }
 
@@ -125,7 +126,8 @@ void Sky::step()
 void Sky::drive()
 {
     heading += (random() - 0.48) * 0.2;
-    speed = 45 + 15 * std::sin(elapsed / 40.0) + 2 * random();
+    const double inTown = 45 + 15 * std::sin(elapsed / 40.0) + 2 * random();
+    speed = scene.speed >= 0 ? scene.speed : inTown;
     const double degrees = speed / 3600 / kKilometresPerDegree;
     latitude += degrees * std::cos(heading);
     longitude += degrees * std::sin(heading) / std::cos(qDegreesToRadians(latitude));
@@ -157,6 +159,27 @@ void Sky::place(Satellite &satellite) const
     satellite.azimuth = (qRound(azimuth) + 360) % 360;
 }
 
+void Sky::putWhereHeld()
+{
+    for (const HeldSatellite &held : qAsConst(scene.held)) {
+        if (held.number < 1 || held.number > kSatellites)
+            continue;
+        Satellite &satellite = constellation[size_t(held.number - 1)];
+        satellite.elevation = held.elevation;
+        satellite.azimuth = held.azimuth;
+    }
+}
+
+bool Sky::isCovered(const Satellite &satellite) const
+{
+    return std::any_of(scene.covered.cbegin(), scene.covered.cend(),
+                       [&](const CoveredSector &sector) {
+                           const int width = (sector.to - sector.from + 360) % 360;
+                           const int within = (satellite.azimuth - sector.from + 360) % 360;
+                           return satellite.elevation < sector.elevation && within <= width;
+                       });
+}
+
 // The higher a satellite stands, the better it is heard; what is heard long enough is found.
 void Sky::receive(Satellite &satellite)
 {
@@ -165,8 +188,8 @@ void Sky::receive(Satellite &satellite)
         + kSignalGain * std::sin(qDegreesToRadians(double(satellite.elevation)));
     if (antenna == Antenna::Open)
         strength -= kOpenAntennaLoss;
-    const bool heard =
-        antenna != Antenna::Short && satellite.elevation >= kMask && strength >= kFaintestSignal;
+    const bool heard = antenna != Antenna::Short && satellite.elevation >= kMask
+        && !isCovered(satellite) && strength >= kFaintestSignal;
     satellite.signal = heard ? qRound(strength) : 0;
     if (heard && satellite.searchSeconds > 0)
         --satellite.searchSeconds;

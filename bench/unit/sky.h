@@ -18,6 +18,31 @@ enum class Antenna {
     Short, // no signal at all
 };
 
+// A building: satellites behind it, between two azimuths clockwise and below an elevation, are
+// not heard. In degrees.
+struct CoveredSector
+{
+    int from = 0;
+    int to = 0;
+    int elevation = 0;
+};
+
+// A satellite that stands where somebody has put it. In degrees.
+struct HeldSatellite
+{
+    int number = 1;
+    int elevation = 0;
+    int azimuth = 0;
+};
+
+// What somebody has changed about the sky and the drive below it.
+struct Scene
+{
+    QVector<CoveredSector> covered;
+    QVector<HeldSatellite> held;
+    double speed = -1; // in km/h; negative: as the town lets the car go
+};
+
 // Satellites over a car that drives, and the receiver in it, second by second. Two
 // skies with one seed and the same calls are the same. Plain value, no thread of its own.
 class PLATFORM_API Sky
@@ -32,6 +57,7 @@ public:
     void setClock(const QDateTime &time);
 
     void setAntenna(Antenna state) { antenna = state; }
+    void setScene(const Scene &given) { scene = given; }
 
     // The receiver forgets satellites, position and time.
     void coldStart();
@@ -69,8 +95,10 @@ private:
     void step();
     void drive();
     void place(Satellite &satellite) const;
+    void putWhereHeld();
     void receive(Satellite &satellite);
     void updateFix();
+    bool isCovered(const Satellite &satellite) const;
     bool isInView(const Satellite &satellite) const;
     bool isUsable(const Satellite &satellite) const;
     double random(); // from 0 to below 1
@@ -79,6 +107,7 @@ private:
     std::mt19937 generator;
     std::array<Satellite, kSatellites> constellation = {};
     Antenna antenna = Antenna::Good;
+    Scene scene;
     QDateTime clockAtStart; // so that clockAtStart + elapsed is now; invalid: not set
     int elapsed = 0;        // seconds since the sky began
 

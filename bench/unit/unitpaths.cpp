@@ -61,7 +61,14 @@ QVector<Entry> skyPaths(HeadUnit *unit, GnssState *gnss)
         gnss->sky = Sky(static_cast<quint32>(given.toInt()));
         unit->followSky(gnss->followsSky);
     };
-    return {seed, sky};
+    return {seed, sky,
+            coveredSectors("gnss.sky_covered", &gnss->scene.covered,
+                           "buildings: from, to, clockwise, and elevation, in degrees; what stands "
+                           "behind is not heard"),
+            heldSatellites("gnss.sky_held", &gnss->scene.held,
+                           "satellites that stay where they were put: number, elevation, azimuth"),
+            number("gnss.sky_speed", &gnss->scene.speed,
+                   "of the drive, in km/h; negative: as the town lets the car go")};
 }
 
 QVector<Entry> usbPaths(UsbState *usb)

@@ -36,6 +36,9 @@ private slots:
     void coldStartLosesAndRegainsTheFix();
     void coldStartForgetsTheTimeUntilASatelliteIsFound();
     void restartLosesTheFixForSeconds();
+    void heldSatelliteStaysWhereItWasPut();
+    void coveredSectorIsNotHeard();
+    void speedIsWhatWasAskedFor();
     void antennaDecidesTheFix_data();
     void antennaDecidesTheFix();
     void carMovesAndReportsItsSpeed();
@@ -230,6 +233,68 @@ void TestSky::restartLosesTheFixForSeconds()
     QVERIFY(!sky.hasFix());
     sky.advance(1);
     QVERIFY(sky.hasFix());
+}
+
+void TestSky::heldSatelliteStaysWhereItWasPut()
+{
+    Sky sky;
+    bench::Scene scene;
+    scene.held = {{30, 77, 123}};
+    sky.setScene(scene);
+    for (int hour = 0; hour < 12; ++hour) {
+        sky.advance(3600);
+        const QVector<krnmSatellite> satellites = sky.satellites();
+        QCOMPARE(satellites.last().number, 30);
+        QCOMPARE(satellites.last().elevation, 77);
+        QCOMPARE(satellites.last().azimuth, 123);
+        QVERIFY(satellites.last().signal > 40);
+    }
+}
+
+// A building across north hides what stands behind it, and nothing else.
+void TestSky::coveredSectorIsNotHeard()
+{
+    Sky open;
+    Sky covered;
+    bench::Scene scene;
+    scene.covered = {{300, 60, 50}};
+    covered.setScene(scene);
+    int hidden = 0;
+    for (int minute = 0; minute < 600; ++minute) {
+        open.advance(60);
+        covered.advance(60);
+        const QVector<krnmSatellite> all = open.satellites();
+        const QVector<krnmSatellite> some = covered.satellites();
+        QCOMPARE(some.size(), all.size());
+        for (int i = 0; i < all.size(); ++i) {
+            const bool behind =
+                (all[i].azimuth >= 300 || all[i].azimuth <= 60) && all[i].elevation < 50;
+            hidden += behind ? 1 : 0;
+            QCOMPARE(some[i].signal, behind ? 0 : all[i].signal);
+            QVERIFY(!behind || some[i].inUse == 0);
+        }
+    }
+    QVERIFY(hidden > 600);
+}
+
+void TestSky::speedIsWhatWasAskedFor()
+{
+    Sky sky;
+    bench::Scene scene;
+    scene.speed = 0;
+    sky.setScene(scene);
+    sky.advance(10);
+    const krnmINFO parked = sky.info();
+    QCOMPARE(parked.speed, 0.0);
+    sky.advance(10);
+    QCOMPARE(sky.info().latitude, parked.latitude);
+    scene.speed = 130;
+    sky.setScene(scene);
+    sky.advance(10);
+    QCOMPARE(sky.info().speed, 130.0);
+    const double kilometres =
+        111.2 * std::abs(degrees(sky.info().latitude) - degrees(parked.latitude));
+    QVERIFY(kilometres > 0 && kilometres < 0.37);
 }
 
 void TestSky::antennaDecidesTheFix_data()
