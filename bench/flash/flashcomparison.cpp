@@ -1,24 +1,13 @@
 #include "flashcomparison.h"
 
+#include "bench/monitor/packageimages.h"
+
 #include <QCryptographicHash>
 #include <QJsonObject>
 
 namespace bench {
 
 namespace {
-
-struct Image
-{
-    const char *file;
-    quint32 address;
-};
-
-constexpr Image kImages[] = {
-    {"bootloader.bin", 0x08030000},
-    {"partition_table.bin", 0x08000000},
-    {"gnss_demo.bin", 0x08013000},
-    {"gnss_config.bin", 0x083FF000},
-};
 
 QByteArray contentOf(Caller *caller, const QString &method, const QJsonObject &parameters)
 {
@@ -36,8 +25,8 @@ QString sha256(const QByteArray &bytes)
 QVector<ImageComparison> compareFlash(Caller *caller)
 {
     QVector<ImageComparison> comparisons;
-    for (const Image &image : kImages) {
-        const QString name = QString::fromLatin1(image.file);
+    for (const PackageImage &image : packageImages()) {
+        const QString &name = image.file;
         const QByteArray file = contentOf(caller, QStringLiteral("unit.file.read"),
                                           {{"path", "/media/update/" + name}});
         const QByteArray flash =

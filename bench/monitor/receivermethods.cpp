@@ -1,6 +1,8 @@
 #include "receivermethods.h"
 
 #include "dispatcher.h"
+#include "flashmethods.h"
+#include "receivercall.h"
 #include "receiverwords.h"
 #include "unitvalues.h"
 #include "waiting.h"
@@ -9,13 +11,11 @@
 #include "bench/receiver/step.h"
 #include "bench/unit/unitdocument.h"
 
-#include <QCryptographicHash>
-
 namespace bench {
 
 namespace {
 
-// An answer must fit a line of the monitor: so much of text, and of the flash in base64.
+// An answer must fit a line of the monitor: so much of text.
 constexpr int kAnswerBytes = 512 * 1024;
 constexpr int kKeyBytes = 100; // of a frame as an object: what its words do not count
 
@@ -129,28 +129,6 @@ QJsonObject dialogue(const Receiver &receiver, const Arguments &arguments)
     return {{whole ? "entries" : "lines", lines}, {"gone", gone}, {"next", last}, {"more", more}};
 }
 
-QJsonObject flash(const Receiver &receiver, const Arguments &arguments)
-{
-    const int length = arguments.integer("length");
-    const bool withContent = arguments.value("content").toBool(true);
-    if (withContent && length > kAnswerBytes)
-        throw CallError(ErrorClass::Limit,
-                        QStringLiteral("an answer holds %1 bytes of flash; content=false gives the "
-                                       "SHA-256 of more")
-                            .arg(kAnswerBytes));
-    const QByteArray bytes = receiver.flash(arguments.address("address"), length);
-    if (bytes.size() != length)
-        throw CallError(
-            ErrorClass::Argument,
-            QStringLiteral("the range leaves the flash, which has 4 MiB at 0x08000000"));
-    QJsonObject result{
-        {"sha256",
-         QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex())}};
-    if (withContent)
-        result.insert("base64", QString::fromLatin1(bytes.toBase64()));
-    return result;
-}
-
 void waitForPhase(const Call &call, const Receiver *receiver)
 {
     const QString wanted = call.arguments.text("phase");
@@ -174,18 +152,6 @@ void waitForPhase(const Call &call, const Receiver *receiver)
         });
 }
 
-// A handler that fails where no simulated receiver is.
-template <typename Answer>
-Method::Handler asked(const Receiver *receiver, Answer answer)
-{
-    return [receiver, answer](const Call &call) {
-        if (receiver == nullptr)
-            throw CallError(ErrorClass::Unavailable,
-                            QStringLiteral("a real device stands in the receiver's place"));
-        answer(call);
-    };
-}
-
 QVector<Parameter> settingsParameters()
 {
     return {optional("powered", ParameterType::Boolean, words::kPowered),
@@ -196,14 +162,6 @@ QVector<Parameter> settingsParameters()
             optional("hw_subcode", ParameterType::Integer, "of the chip"),
             optional("flash_id", ParameterType::List, "three words of 16 bits"),
             optional("watchdog_ms", ParameterType::Integer, words::kWatchdogMs)};
-}
-
-Parameter flashLength()
-{
-    Parameter length = required("length", ParameterType::Integer, "bytes");
-    length.minimum = 0;
-    length.maximum = 4LL * 1024 * 1024;
-    return length;
 }
 
 Parameter seed()
@@ -263,15 +221,6 @@ void addRecord(Dispatcher *dispatcher, Receiver *receiver)
          "since=0",
          asked(receiver, [receiver](const Call &call) {
              call.responder.succeed(dialogue(*receiver, call.arguments));
-         })});
-    dispatcher->add(
-        {"receiver.flash",
-         {required("address", ParameterType::Address, "of the first byte"), flashLength(),
-          optional("content", ParameterType::Boolean, "false: only the SHA-256")},
-         "Content of the flash as base64, and its SHA-256",
-         "address=0x08000000 length=16",
-         asked(receiver, [receiver](const Call &call) {
-             call.responder.succeed(flash(*receiver, call.arguments));
          })});
     dispatcher->add(
         {"receiver.wait",
@@ -343,6 +292,7 @@ void addReceiverMethods(Dispatcher *dispatcher, UnitDocument *document, Receiver
 {
     addSettings(dispatcher, document, receiver);
     addRecord(dispatcher, receiver);
+    addFlashMethods(dispatcher, receiver);
     addEvents(dispatcher, receiver);
     dispatcher->addToSchema("phases", QJsonArray::fromStringList(phaseNames()));
     dispatcher->addToSchema("steps", QJsonArray::fromStringList(stepNames()));

@@ -1,11 +1,12 @@
 #include "flash.h"
 
+#include <cstring>
 #include <utility>
 
 namespace bench::chip {
 
 Flash::Flash()
-    : content(static_cast<int>(kSize), '\xFF'), owners(static_cast<int>(kSize / kSectorSize), 0)
+    : content(static_cast<int>(kSize), '\xFF'), history(static_cast<int>(kSize / kSectorSize))
 {
 }
 
@@ -22,8 +23,9 @@ int Flash::writeSector(quint32 address, const QByteArray &bytes, int image)
     {
         const QMutexLocker lock(&mutex);
         content.replace(static_cast<int>(address - kBase), bytes.size(), bytes);
-        int &owner = owners[static_cast<int>((address - kBase) / kSectorSize)];
-        before = std::exchange(owner, image);
+        FlashSector &sector = history[static_cast<int>((address - kBase) / kSectorSize)];
+        before = std::exchange(sector.image, image);
+        ++sector.times;
     }
     if (onWritten)
         onWritten(address, kSectorSize, image);
@@ -37,6 +39,7 @@ bool Flash::load(const QByteArray &whole)
     {
         const QMutexLocker lock(&mutex);
         content = whole;
+        history.fill({});
     }
     if (onWritten)
         onWritten(kBase, kSize, 0);
@@ -51,10 +54,22 @@ QByteArray Flash::read(quint32 address, int length) const
     return content.mid(static_cast<int>(address - kBase), length);
 }
 
+QVector<FlashSector> Flash::sectors() const
+{
+    static const QByteArray erased(static_cast<int>(kSectorSize), '\xFF');
+    const QMutexLocker lock(&mutex);
+    QVector<FlashSector> all = history;
+    for (int i = 0; i < all.size(); ++i) {
+        const char *first = content.constData() + i * erased.size();
+        all[i].erased = std::memcmp(first, erased.constData(), size_t(erased.size())) == 0;
+    }
+    return all;
+}
+
 void Flash::forgetImages()
 {
     const QMutexLocker lock(&mutex);
-    owners.fill(0);
+    history.fill({});
 }
 
 } // namespace bench::chip

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "receiverstate.h"
+
 #include <QByteArray>
 #include <QMutex>
 #include <QVector>
@@ -33,12 +35,15 @@ public:
     // Empty when the range leaves the flash.
     QByteArray read(quint32 address, int length) const;
 
+    // All of them, in the order of their addresses.
+    QVector<FlashSector> sectors() const;
+
     void forgetImages(); // a reset
 
 private:
     mutable QMutex mutex;
     QByteArray content;
-    QVector<int> owners; // image number of each sector since the reset; 0: none
+    QVector<FlashSector> history; // of each sector since the reset
 };
 
 } // namespace bench::chip

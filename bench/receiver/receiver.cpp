@@ -151,6 +151,11 @@ QByteArray Receiver::wholeFlash() const
     return flash(chip::Flash::kBase, flashSize());
 }
 
+QVector<FlashSector> Receiver::flashSectors() const
+{
+    return parts->chip.flash.sectors();
+}
+
 bool Receiver::setFlash(const QByteArray &content)
 {
     return parts->chip.flash.load(content);

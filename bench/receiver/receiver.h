@@ -55,6 +55,7 @@ public:
     // All of the flash. false: `content` has another size, and nothing has changed.
     static int flashSize();
     QByteArray wholeFlash() const;
+    QVector<FlashSector> flashSectors() const; // of 4 KiB each
     bool setFlash(const QByteArray &content);
 
     // Lines with a number above `since`, as far as they are kept.

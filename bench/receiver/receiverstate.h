@@ -32,6 +32,14 @@ struct WrittenImage
     qint64 microseconds = 0; // from the download command to the sum
 };
 
+// One sector of the flash.
+struct FlashSector
+{
+    int image = 0; // that wrote it last since the reset, from 1; 0: none
+    int times = 0; // written since the reset
+    bool erased = true;
+};
+
 // A phase of the receiver since its last reset.
 struct PhaseTime
 {

@@ -47,6 +47,10 @@ private slots:
     void flashIsReadWithItsSum();
     void flashRefuses_data();
     void flashRefuses();
+    void mapTellsWhoWroteWhat();
+    void mapAndContentTellWhatDiffersFromAPackage();
+    void flashIsSavedErasedAndLoaded();
+    void flashFilesThatDoNotServeAreRefused();
 
     void waitAnswersAtOnceInThePhase();
     void waitAnswersWhenThePhaseComes();
@@ -376,6 +380,83 @@ void TestReceiverMethods::flashIsReadWithItsSum()
              QJsonValue(whole));
 }
 
+void TestReceiverMethods::mapTellsWhoWroteWhat()
+{
+    result("receiver.set", "{'line_rate':false}");
+    tests::RawHost line(receiver->path());
+    receiver->pulseReset();
+    QVERIFY(line.connectToAgent());
+    QVERIFY(line.writeImage(0x08003000, tests::pattern(5000, 1)));
+    QVERIFY(line.writeImage(0x08004000, tests::pattern(4096, 2)));
+    QCOMPARE(result("receiver.flash.map"),
+             json("{'images':[],'sectors':["
+                  "{'address':134230016,'image':1,'times':1,'erased':false,'differs':false},"
+                  "{'address':134234112,'image':2,'times':2,'erased':false,'differs':false}]}"));
+    receiver->pulseReset();
+    QCOMPARE(result("receiver.flash.map").value("sectors").toArray().at(1),
+             QJsonValue(json("{'address':134234112,'image':0,'times':0,'erased':false,"
+                             "'differs':false}")));
+}
+
+void TestReceiverMethods::mapAndContentTellWhatDiffersFromAPackage()
+{
+    const QTemporaryDir folder;
+    QFile table(folder.filePath("partition_table.bin"));
+    QVERIFY(table.open(QIODevice::WriteOnly));
+    table.write("\x01\x02\xFF\x04");
+    table.close();
+    QByteArray whole(4 * 1024 * 1024, '\xFF');
+    whole.replace(0, 2, "\x01\x03");
+    QVERIFY(receiver->setFlash(whole));
+    const QByteArray package = ",'package':'" + folder.path().toUtf8() + "'";
+    const QJsonObject map =
+        result("receiver.flash.map", "{'package':'" + folder.path().toUtf8() + "'}");
+    QCOMPARE(map.value("sectors"),
+             QJsonValue(QJsonArray{json("{'address':134217728,'image':0,'times':0,'erased':false,"
+                                        "'differs':true}")}));
+    QCOMPARE(map.value("images").toArray().at(1),
+             QJsonValue(json("{'file':'partition_table.bin','address':134217728,'bytes':4,"
+                             "'equal':false}")));
+    const QJsonObject content =
+        result("receiver.flash", "{'address':'0x08000001','length':15" + package + "}");
+    QCOMPARE(content.value("differences"),
+             QJsonValue(QJsonArray{json("{'address':134217729,'flash':3,'package':2}"),
+                                   json("{'address':134217731,'flash':255,'package':4}")}));
+}
+
+void TestReceiverMethods::flashIsSavedErasedAndLoaded()
+{
+    const QTemporaryDir folder;
+    const QByteArray file = "{'file':'" + folder.filePath("flash.bin").toUtf8() + "'}";
+    const QByteArray whole = tests::pattern(4 * 1024 * 1024, 3);
+    QVERIFY(receiver->setFlash(whole));
+    result("receiver.flash.save", file);
+    QSignalSpy written(receiver.get(), &bench::Receiver::flashWritten);
+    result("receiver.flash.erase");
+    QCOMPARE(receiver->wholeFlash(), QByteArray(4 * 1024 * 1024, '\xFF'));
+    result("receiver.flash.load", file);
+    QCOMPARE(receiver->wholeFlash(), whole);
+    QCOMPARE(written, QList<QVariantList>({{134217728U, 4194304U, 0}, {134217728U, 4194304U, 0}}));
+}
+
+void TestReceiverMethods::flashFilesThatDoNotServeAreRefused()
+{
+    const QTemporaryDir folder;
+    QFile small(folder.filePath("small.bin"));
+    QVERIFY(small.open(QIODevice::WriteOnly));
+    small.write("small");
+    small.close();
+    const QByteArray before = receiver->wholeFlash();
+    QCOMPARE(error("receiver.flash.load", "{'file':'" + small.fileName().toUtf8() + "'}"),
+             QString("Argument: %1 is no image of the whole flash, which has 4194304 bytes")
+                 .arg(small.fileName()));
+    QVERIFY(error("receiver.flash.load", "{'file':'/nowhere/flash.bin'}")
+                .startsWith("File: cannot read /nowhere/flash.bin: "));
+    QVERIFY(error("receiver.flash.save", "{'file':'/nowhere/flash.bin'}")
+                .startsWith("File: cannot write /nowhere/flash.bin: "));
+    QCOMPARE(receiver->wholeFlash(), before);
+}
+
 void TestReceiverMethods::flashRefuses_data()
 {
     QTest::addColumn<QByteArray>("params");
@@ -395,7 +476,8 @@ void TestReceiverMethods::flashRefuses_data()
                                       << "Argument: address is a text, wanted is type address";
     QTest::newRow("unknown")
         << QByteArray("{'address':0,'length':4,'x':1}")
-        << "Argument: x is no parameter of receiver.flash; they are: address, length, content";
+        << "Argument: x is no parameter of receiver.flash; they are: address, length, content, "
+           "package";
 }
 
 void TestReceiverMethods::flashRefuses()
