@@ -108,7 +108,7 @@ void serial_thread::serial_init(uint8_t *, uint8_t, uint8_t *opened)
     if (port->isOpen())
         port->close();
     if (!port->open(QIODevice::ReadWrite)) {
-        emit signal_Messagebox(QStringLiteral("错误"), QStringLiteral("打开串口失败"));
+        emit signal_Messagebox(tr("错误"), tr("打开串口失败"));
         return;
     }
     DBG << portName << com_set.baudRate;

@@ -35,11 +35,14 @@ struct ImageSource
 };
 
 constexpr ImageSource kImages[] = {
-    {"partition_table.bin", &file::partition_bin, "Not open partition_file!",
-     "partition_binfile: "},
-    {"bootloader.bin", &file::bootloader_bin, "Not open bootloader_file!", "bootloader_binfile: "},
-    {"gnss_demo.bin", &file::app_bin, "Not open app_file!", "app_binfile: "},
-    {"gnss_config.bin", &file::config_bin, "Not open cfg_path!", "config_binfile: "},
+    {"partition_table.bin", &file::partition_bin,
+     QT_TRANSLATE_NOOP("testmode::gpsupdate", "Not open partition_file!"), "partition_binfile: "},
+    {"bootloader.bin", &file::bootloader_bin,
+     QT_TRANSLATE_NOOP("testmode::gpsupdate", "Not open bootloader_file!"), "bootloader_binfile: "},
+    {"gnss_demo.bin", &file::app_bin,
+     QT_TRANSLATE_NOOP("testmode::gpsupdate", "Not open app_file!"), "app_binfile: "},
+    {"gnss_config.bin", &file::config_bin,
+     QT_TRANSLATE_NOOP("testmode::gpsupdate", "Not open cfg_path!"), "config_binfile: "},
 };
 
 // Opens what is a file and not larger than what is read. Its name is UTF-8 whatever the locale.
@@ -98,13 +101,13 @@ void gpsupdate::GetBinfile(QString cfgPath, file *out)
         return;
     save_path = path_change(cfgPath);
     if (!readWhole(cfgPath, &filevalues)) {
-        showPackageError(QStringLiteral("Not open cfg_file!"));
+        showPackageError(tr("Not open cfg_file!"));
         return;
     }
     for (const ImageSource &source : kImages) {
         QByteArray &image = out->*source.image;
         if (!readWhole(save_path + QLatin1String(source.name), &image)) {
-            showPackageError(QLatin1String(source.complaint));
+            showPackageError(tr(source.complaint));
             return;
         }
         DBG << source.traced << image.size();

@@ -210,15 +210,15 @@ void gps_test::onTimeSync()
 {
     const krnmDuration duration = GpsService::instance()->getGNSSDataDuration();
     ui->time_duration->setText(
-        QStringLiteral("GPS Duration time: ")
+        tr("GPS Duration time: ")
         + timeText(QTime(duration.hours, duration.minutes, duration.seconds)));
     const QDateTime now = krdatetime::DateTimeManager::instance()->currentDateTime(kLocalTime);
-    ui->time_system->setText(QStringLiteral("System time: ") + timeText(now.time()));
+    ui->time_system->setText(tr("System time: ") + timeText(now.time()));
 }
 
 void gps_test::showReceiverTime(const krnmINFO &info)
 {
-    ui->time_gps->setText(QStringLiteral("GPS Time: %1 Y %2 M %3 D %4:%5:%6")
+    ui->time_gps->setText(tr("GPS Time: %1 Y %2 M %3 D %4:%5:%6")
                               .arg(info.utcYear)
                               .arg(info.utcMonth)
                               .arg(info.utcDay)
@@ -229,8 +229,7 @@ void gps_test::showReceiverTime(const krnmINFO &info)
 
 void gps_test::showAntenna()
 {
-    ui->antenna->setText(QStringLiteral("AntennaState: ")
-                         + GpsService::instance()->getAntennaInfo());
+    ui->antenna->setText(tr("AntennaState: ") + GpsService::instance()->getAntennaInfo());
 }
 
 // The code of a good installation depends on the module that is fitted.
@@ -240,10 +239,10 @@ void gps_test::showInstallStatus()
     QString status = QStringLiteral("(null)");
     switch (service->getModualApatation()) {
     case 0:
-        status = QStringLiteral("Install status(CC is ok): ") + service->getGpsInstallStatusStr();
+        status = tr("Install status(CC is ok): ") + service->getGpsInstallStatusStr();
         break;
     case 1:
-        status = QStringLiteral("Install status(3 is ok): ") + service->getGpsInstallStatusStr();
+        status = tr("Install status(3 is ok): ") + service->getGpsInstallStatusStr();
         break;
     default:
         break;
@@ -283,7 +282,7 @@ void gps_test::on_gpslog_btn_clicked()
 // The label names what a press would do.
 void gps_test::updateSwitchKRNMUI()
 {
-    ui->gpslog_txt->setText(isRecording() ? QStringLiteral("Close") : QStringLiteral("Open"));
+    ui->gpslog_txt->setText(isRecording() ? tr("Close") : tr("Open"));
 }
 
 void gps_test::on_btn_save_nmea_clicked()

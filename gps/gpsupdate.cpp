@@ -248,7 +248,7 @@ void gpsupdate::show_Messagebox(QString title, QString text)
 
 void gpsupdate::showPackageError(const QString &text)
 {
-    showBox(QStringLiteral("Error"), text, QMessageBox::Close);
+    showBox(tr("Error"), text, QMessageBox::Close);
 }
 
 // On the heap and guarded: the window, and with it the page and the box, may be destroyed while

@@ -28,7 +28,7 @@ void SatellitesListModel::onInitSatellitesListString()
     for (int i = 0; i < count; ++i) {
         const krnmSatellite satellite = service->getSatellitesListForIdx(i, false);
         // The delegate splits the line at the comma: number on the left, signal on the right.
-        lines << QStringLiteral("ID: %1, Sig: %2dB").arg(satellite.number).arg(satellite.signal);
+        lines << tr("ID: %1, Sig: %2dB").arg(satellite.number).arg(satellite.signal);
     }
     setStringList(lines);
 }

@@ -73,9 +73,9 @@ void mictestwidget::initPagGainList()
     gMicConfig = {gOpGainLevel[opGainIndex], gPgaGainLevel[pgaGainIndex], 0.0f};
     uplinkGain = static_cast<int32_t>(gMicConfig.uplinkGain);
 
-    ui->txt_uplink->setText(QStringLiteral("Uplink Gain: ") + QString::number(uplinkGain));
-    ui->txt_op->setText(QStringLiteral("OP  Gain:") + gainText(gMicConfig.opGain));
-    ui->txt_opg->setText(QStringLiteral("Pga Gain:") + gainText(gMicConfig.pgaGain));
+    ui->txt_uplink->setText(tr("Uplink Gain: ") + QString::number(uplinkGain));
+    ui->txt_op->setText(tr("OP  Gain:") + gainText(gMicConfig.opGain));
+    ui->txt_opg->setText(tr("Pga Gain:") + gainText(gMicConfig.pgaGain));
 }
 
 void mictestwidget::on_key_mic_prev_clicked()
@@ -94,7 +94,7 @@ void mictestwidget::on_key_mic_next_clicked()
 
 void mictestwidget::applyAnalogGain()
 {
-    ui->txt_mic->setText(QStringLiteral("Mic Analog Gain:") + QString::number(micAnalogGain));
+    ui->txt_mic->setText(tr("Mic Analog Gain:") + QString::number(micAnalogGain));
     const auto gain = static_cast<float>(micAnalogGain);
     audio()->setMicAnalogGain(gain, gain);
 }
@@ -118,7 +118,7 @@ void mictestwidget::on_key_op_next_clicked()
 void mictestwidget::applyOpGain()
 {
     gMicConfig.opGain = gOpGainLevel[opGainIndex];
-    ui->txt_op->setText(QStringLiteral("OP Gain:") + gainText(gMicConfig.opGain));
+    ui->txt_op->setText(tr("OP Gain:") + gainText(gMicConfig.opGain));
     audio()->configMic(gMicConfig);
 }
 
@@ -139,7 +139,7 @@ void mictestwidget::on_key_opg_next_clicked()
 void mictestwidget::applyPgaGain()
 {
     gMicConfig.pgaGain = gPgaGainLevel[pgaGainIndex];
-    ui->txt_opg->setText(QStringLiteral("PGA Gain:") + gainText(gMicConfig.pgaGain));
+    ui->txt_opg->setText(tr("PGA Gain:") + gainText(gMicConfig.pgaGain));
     audio()->configMic(gMicConfig);
 }
 
@@ -162,7 +162,7 @@ void mictestwidget::applyUplinkGain()
 {
     gMicConfig.uplinkGain = static_cast<float>(uplinkGain);
     audio()->configMic(gMicConfig);
-    ui->txt_uplink->setText(QStringLiteral("Uplink Gain: ") + QString::number(uplinkGain));
+    ui->txt_uplink->setText(tr("Uplink Gain: ") + QString::number(uplinkGain));
 }
 
 } // namespace testmode

@@ -56,6 +56,9 @@ const Option kOptions[] = {
      "the simulated unit's state at the start (JSON)"},
     {"plugin", "FILE", [](CommandLine *o) { return &o->plugin; }, nullptr,
      "the plug-in to load; default: the one built with this bench"},
+    {"language", "NAME", [](CommandLine *o) { return &o->language; }, nullptr,
+     "the pages' texts by the catalogue NAME (en, zh_CN) or by a file\n"
+     "*.qm; default: as the pages have them"},
     {"pictures", "DIR", [](CommandLine *o) { return &o->pictures; }, nullptr,
      "where \"Screenshot\" leaves its pictures; default: the clipboard"},
     {"real-memory", nullptr, nullptr, [](CommandLine *o) { return &o->realMemory; },
@@ -78,6 +81,8 @@ std::string contradiction(const CommandLine &options)
 {
     if (options.flash && !options.tour.empty())
         return "--flash and --tour exclude each other; choose one";
+    if (!options.language.empty() && !options.tour.empty())
+        return "--tour compares the pages' own texts; leave --language out";
     if (!options.flash
         && (!options.log.empty() || !options.format.empty() || !options.attempts.empty()))
         return "--attempts, --format and --log need --flash";

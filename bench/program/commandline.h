@@ -14,6 +14,7 @@ struct CommandLine
     std::string usb[2];  // folders that stand for the disks on the two ports
     std::string unit;    // file with the simulated unit's state
     std::string plugin;
+    std::string language;           // of the pages' texts, or a catalogue's file
     std::string pictures;           // folder for the panel's screenshots
     std::string reset;              // line that the real receiver's reset hangs on
     std::string log;                // of --flash: file that takes the trace

@@ -35,6 +35,8 @@ constexpr const char *kOwnTrees[] = {"/dev",          "/proc",       "/sys",
                                      "/run/unit",     "/run/lock",   "/media/flash",
                                      "/media/update", "/media/usb0", "/media/usb1"};
 
+constexpr char kCatalogue[] = ".qm";
+
 // What the command line of a kernel says where nobody else uses the registers' memory.
 constexpr char kRealMemoryWord[] = "testmode.real_memory";
 
@@ -220,6 +222,11 @@ std::string realMemory()
     return std::string();
 }
 
+bool isCatalogueFile(const std::string &language)
+{
+    return fs::path(language).extension() == kCatalogue;
+}
+
 void fillInDefaults(CommandLine *options)
 {
     const std::string prefix = installationPrefix();
@@ -228,6 +235,9 @@ void fillInDefaults(CommandLine *options)
         if (!fs::exists(options->plugin))
             options->plugin = prefix + "/lib/libtestmode.so"; // not installed: the build tree
     }
+    if (!options->language.empty() && !isCatalogueFile(options->language))
+        options->language =
+            prefix + "/share/testmode/translations/testmode_" + options->language + kCatalogue;
     const std::string sample = prefix + "/share/headunit/package";
     if (options->package.empty() && fs::exists(sample))
         options->package = sample;
@@ -240,6 +250,9 @@ std::string checkInputs(const CommandLine &options)
     std::string trouble = readableFile("plugin", options.plugin, "name the plug-in's file");
     if (trouble.empty() && !options.package.empty())
         trouble = package(options.package);
+    if (trouble.empty() && !options.language.empty())
+        trouble =
+            readableFile("language", options.language, "name en, zh_CN or a catalogue's file");
     const char *const usbOptions[] = {"usb0", "usb1"};
     for (int port = 0; port < 2; ++port) {
         if (trouble.empty() && !options.usb[port].empty())
@@ -287,7 +300,7 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
     fillInDefaults(options);
     for (std::string *path :
          {&options->tour, &options->pictures, &options->log, &options->monitor, &options->package,
-          &options->usb[0], &options->usb[1], &options->unit, &options->plugin})
+          &options->usb[0], &options->usb[1], &options->unit, &options->plugin, &options->language})
         *path = path->empty() ? *path : absolute(*path);
     for (std::string &uart : options->uarts) {
         std::error_code missing;
@@ -305,8 +318,10 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
     layout->realMemory = options->realMemory;
     layout->uart = options->uart();
     layout->readOnly.push_back({options->plugin, options->plugin});
-    if (!options->unit.empty())
-        layout->readOnly.push_back({options->unit, options->unit});
+    for (const std::string &file : {options->unit, options->language}) {
+        if (!file.empty())
+            layout->readOnly.push_back({file, file});
+    }
     if (!options->package.empty())
         layout->readOnly.push_back({options->package, kPackageFolder});
     for (int port = 0; port < 2; ++port) {

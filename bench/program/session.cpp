@@ -127,6 +127,14 @@ void Session::tellOperator(const QString &text)
 
 int Session::loadPlugin()
 {
+    // A unit's framework has its catalogues in place before it loads a plug-in.
+    if (!options.language.empty()) {
+        if (!catalogue.load(QString::fromStdString(options.language)))
+            return complain("--language: " + options.language
+                                + " is no catalogue; make one with Qt's lrelease",
+                            kNotThere);
+        QCoreApplication::installTranslator(&catalogue);
+    }
     QString error;
     if (!host.load(QString::fromStdString(options.plugin), &error))
         return complain("--plugin: " + error.toStdString(), kNotThere);

@@ -11,6 +11,7 @@
 
 #include <QObject>
 #include <QSocketNotifier>
+#include <QTranslator>
 
 #include <memory>
 #include <string>
@@ -58,6 +59,7 @@ private:
     CommandLine options;
     TraceLog trace;
     Receiver receiver;
+    QTranslator catalogue;
     Host host;
     UnitDocument document;
     Bench parts;

@@ -11,6 +11,7 @@
 #include <QRadioButton>
 #include <QStyleOptionButton>
 #include <QStyleOptionComboBox>
+#include <QTranslator>
 
 using testmode::MainWidget;
 
@@ -19,6 +20,26 @@ namespace {
 // Fonts of the same name differ from machine to machine, and where one is missing its substitute
 // is wider: every text has an eighth to spare.
 constexpr int kSpareParts = 8;
+
+// The pages' own texts, and the catalogues.
+constexpr const char *kLanguages[] = {"", "en", "zh_CN"};
+
+// Its texts are what the pages say as long as it lives; empty: their own.
+class Language
+{
+public:
+    explicit Language(const QString &name)
+    {
+        if (name.isEmpty())
+            return;
+        if (!catalogue.load(CATALOGUES "/testmode_" + name + ".qm"))
+            qFatal("no catalogue %s", qPrintable(name));
+        QCoreApplication::installTranslator(&catalogue);
+    }
+
+private:
+    QTranslator catalogue; // takes itself away
+};
 
 // Its place and its size are given; it has to fit, with less to spare.
 const QString kGiven = QStringLiteral("txt_tools");
@@ -92,6 +113,7 @@ class TestTextWidths : public tests::UnitTest
 private slots:
     void pagesFit_data();
     void pagesFit();
+    void settingsDialogFits_data();
     void settingsDialogFits();
     void cutTextIsFound();
 };
@@ -101,20 +123,29 @@ Q_DECLARE_METATYPE(Show)
 
 void TestTextWidths::pagesFit_data()
 {
+    const QList<QPair<QByteArray, Show>> pages = {
+        {"menu", &MainWidget::onShowTidModeWidget}, // shows nothing
+        {"Apple page", &MainWidget::onShowNcmModeWidget},
+        {"USB test", &MainWidget::onShowUsbTestWidget},
+        {"PHY page", &MainWidget::onShowUSBEyesTestWidget},
+        {"GNSS page", &MainWidget::onShowGpstestWidget},
+        {"update page", &MainWidget::onShowGpsUpdateWidget},
+        {"system tools", &MainWidget::onShowSystemToolsWidget},
+        {"microphone", &MainWidget::onShowMicTestWidget},
+    };
     QTest::addColumn<Show>("show");
-    QTest::newRow("menu") << Show(&MainWidget::onShowTidModeWidget); // shows nothing
-    QTest::newRow("Apple page") << Show(&MainWidget::onShowNcmModeWidget);
-    QTest::newRow("USB test") << Show(&MainWidget::onShowUsbTestWidget);
-    QTest::newRow("PHY page") << Show(&MainWidget::onShowUSBEyesTestWidget);
-    QTest::newRow("GNSS page") << Show(&MainWidget::onShowGpstestWidget);
-    QTest::newRow("update page") << Show(&MainWidget::onShowGpsUpdateWidget);
-    QTest::newRow("system tools") << Show(&MainWidget::onShowSystemToolsWidget);
-    QTest::newRow("microphone") << Show(&MainWidget::onShowMicTestWidget);
+    QTest::addColumn<QString>("language");
+    for (const auto &[name, show] : pages) {
+        for (const char *language : kLanguages)
+            QTest::newRow(name + ' ' + language) << show << QString(language);
+    }
 }
 
 void TestTextWidths::pagesFit()
 {
     QFETCH(Show, show);
+    QFETCH(QString, language);
+    const Language spoken(language);
     MainWidget host(nullptr);
     host.resize(1024, 600);
     host.show();
@@ -123,8 +154,17 @@ void TestTextWidths::pagesFit()
     QVERIFY2(cut.isEmpty(), qPrintable(cut.join('\n')));
 }
 
+void TestTextWidths::settingsDialogFits_data()
+{
+    QTest::addColumn<QString>("language");
+    for (const char *language : kLanguages)
+        QTest::newRow(*language == '\0' ? "own" : language) << QString(language);
+}
+
 void TestTextWidths::settingsDialogFits()
 {
+    QFETCH(QString, language);
+    const Language spoken(language);
     SerialSet dialog(nullptr);
     dialog.show();
     const QStringList cut = cutTexts(dialog);

@@ -152,6 +152,8 @@ private slots:
     void strangeMarkIsNotBelieved();
     void namedFoldersAreShownInTheRoot();
     void unitFileSetsTheStateAndOptionsAttachToIt();
+    void pagesSpeakTheLanguage();
+    void fileThatIsNoCatalogueIsRefused();
     void cutShortTourHasNotSucceeded();
     void stopsWhenAsked_data();
     void stopsWhenAsked();
@@ -250,11 +252,12 @@ void TestCommandLine::helpNamesEveryOption()
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.errors, QByteArray());
     for (const char *word :
-         {"--tour DIR",      "--monitor SOCKET", "--package DIR", "--usb0 DIR",    "--usb1 DIR",
-          "--flash",         "--uart DEVICE",    "--reset LINE",  "--stand-ins",   "--attempts N",
-          "--format FORMAT", "--log FILE",       "--unit FILE",   "--plugin FILE", "--pictures DIR",
-          "--real-memory",   "--full-speed",     "--trace",       "--help",        "--version",
-          "Examples:",       "Exit status:"})
+         {"--tour DIR",    "--monitor SOCKET", "--package DIR",   "--usb0 DIR",
+          "--usb1 DIR",    "--flash",          "--uart DEVICE",   "--reset LINE",
+          "--stand-ins",   "--attempts N",     "--format FORMAT", "--log FILE",
+          "--unit FILE",   "--plugin FILE",    "--language NAME", "--pictures DIR",
+          "--real-memory", "--full-speed",     "--trace",         "--help",
+          "--version",     "Examples:",        "Exit status:"})
         QVERIFY2(outcome.output.contains(word), word);
 }
 
@@ -322,6 +325,9 @@ void TestCommandLine::badInputIsOneLineAndAStatus_data()
     QTest::newRow("state not there")
         << QStringList{"--unit", "%1/none"} << 3
         << "--unit: %1/none is no file; name a file with the unit's state";
+    QTest::newRow("tour in another language")
+        << QStringList{"--language", "en", "--tour", "%1/tour"} << 2
+        << "--tour compares the pages' own texts; leave --language out";
     QTest::newRow("memory of a machine that is not for it")
         << QStringList{"--real-memory"} << 3
         << "--real-memory: this kernel was not started with the word testmode.real_memory, so "
@@ -640,6 +646,35 @@ void TestCommandLine::unitFileSetsTheStateAndOptionsAttachToIt()
     QCOMPARE(valueOf("usb.1.disk").toBool(), false);
     process.terminate();
     QVERIFY(process.waitForFinished());
+}
+
+void TestCommandLine::pagesSpeakTheLanguage()
+{
+    QProcess process;
+    startShown(&process, kBench, {"--language", "en"});
+    ask("unit.set", {{"path", "gnss.module_kind"}, {"value", 1}});
+    ask("ui.click", {{"object", "key_gps_update"}});
+    QCOMPARE(ask("ui.state", {{"object", "pushButton_3"}}).value("text"), QJsonValue("Start"));
+    process.terminate();
+    QVERIFY(process.waitForFinished());
+}
+
+void TestCommandLine::fileThatIsNoCatalogueIsRefused()
+{
+    Outcome outcome = run({"--language", path("none.qm"), "--flash"});
+    QCOMPARE(outcome.status, 3);
+    QCOMPARE(QString(outcome.errors),
+             QString("testmode-bench: --language: %1 is no file; name en, zh_CN or a catalogue's "
+                     "file\n")
+                 .arg(path("none.qm")));
+    makeFile(path("words.qm"), "no catalogue");
+    outcome = run({"--language", path("words.qm"), "--flash"});
+    QCOMPARE(outcome.status, 3);
+    QCOMPARE(outcome.output, QByteArray());
+    QCOMPARE(
+        QString(outcome.errors),
+        QString("testmode-bench: --language: %1 is no catalogue; make one with Qt's lrelease\n")
+            .arg(path("words.qm")));
 }
 
 void TestCommandLine::cutShortTourHasNotSucceeded()
