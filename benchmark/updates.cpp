@@ -48,6 +48,22 @@ file packageOf(int appBytes)
     return {filled(4096, 1), filled(4096, 2), filled(appBytes, 3), filled(4096, 4)};
 }
 
+// An erased flash with a package's images, written in this order: a long application reaches over
+// the bootloader.
+QByteArray flashOf(const file &package)
+{
+    constexpr int kBase = 0x08000000;
+    QByteArray flash(bench::Receiver::flashSize(), '\xff');
+    const auto write = [&flash](int address, const QByteArray &image) {
+        flash.replace(address - kBase, image.size(), image);
+    };
+    write(0x08030000, package.bootloader_bin);
+    write(0x08000000, package.partition_bin);
+    write(0x08013000, package.app_bin);
+    write(0x083FF000, package.config_bin);
+    return flash;
+}
+
 // One receiver and what became of its update.
 struct Station
 {
@@ -64,16 +80,6 @@ struct Station
     {
         port = receiver.open();
         return !port.isEmpty();
-    }
-
-    bool holds(const file &package) const
-    {
-        const auto holdsAt = [this](quint32 address, const QByteArray &image) {
-            return receiver.flash(address, image.size()) == image;
-        };
-        return holdsAt(0x08030000, package.bootloader_bin)
-            && holdsAt(0x08000000, package.partition_bin) && holdsAt(0x08013000, package.app_bin)
-            && holdsAt(0x083FF000, package.config_bin);
     }
 
     QJsonObject report() const
@@ -185,6 +191,7 @@ int updatesMain(int argc, char **argv)
     words.process(application);
 
     const file package = packageOf(words.value("app-bytes").toInt());
+    const QByteArray wanted = flashOf(package);
     downloadfile = package;
     br = QStringLiteral("921600");
     Stations stations;
@@ -202,7 +209,7 @@ int updatesMain(int argc, char **argv)
     QJsonArray rounds;
     for (int round = 0; round < words.value("rounds").toInt(); ++round) {
         for (const auto &station : stations) // an older round's content is no proof
-            station->receiver.setFlash(QByteArray(bench::Receiver::flashSize(), '\xff'));
+            station->receiver.setFlash(QByteArray(wanted.size(), '\xff'));
         const LineClock line;
         if (words.value("host") == QLatin1String("raw"))
             updateByRawHost(stations, package);
@@ -211,7 +218,8 @@ int updatesMain(int argc, char **argv)
         QJsonArray reports;
         bool whole = true;
         for (const auto &station : stations) {
-            whole = whole && station->succeeded && station->holds(package);
+            whole = whole && station->succeeded
+                && station->receiver.flash(0x08000000, wanted.size()) == wanted;
             reports << station->report();
         }
         const bool single = stations.size() == 1;
