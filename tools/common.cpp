@@ -3,25 +3,46 @@
 #include "debugtrace.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QMessageLogger>
 #include <QThread>
-#include <QTime>
 
 #include <chrono>
 #include <cstdarg>
 
 namespace {
 
+using std::chrono::floor;
 using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
 
 constexpr int kHalfDayMilliseconds = 12 * 60 * 60 * 1000;
 
-// The time of day only counts whole milliseconds: nothing that a wait looks for changes in between.
-void restToNextMillisecond()
+microseconds sinceEpoch()
 {
-    constexpr microseconds millisecond(1000);
-    const auto day = std::chrono::system_clock::now().time_since_epoch();
-    const auto left = millisecond - std::chrono::duration_cast<microseconds>(day) % millisecond;
+    return floor<microseconds>(std::chrono::system_clock::now().time_since_epoch());
+}
+
+// As QTime::currentTime(), which looks for the time-zone file each time: a zone changes its hour
+// where a second begins, so that one look a second finds it.
+QTime timeOfDay(microseconds now)
+{
+    thread_local seconds knownSecond = seconds::min();
+    thread_local int knownBegin = 0; // of that second, milliseconds of the local day
+    const auto second = floor<seconds>(now);
+    if (second != knownSecond) {
+        knownBegin = QDateTime::fromSecsSinceEpoch(second.count()).time().msecsSinceStartOfDay();
+        knownSecond = second;
+    }
+    const auto inSecond = floor<milliseconds>(now - second);
+    return QTime::fromMSecsSinceStartOfDay(knownBegin + static_cast<int>(inSecond.count()));
+}
+
+// The time of day only counts whole milliseconds: nothing that a wait looks for changes in between.
+void restToNextMillisecond(microseconds now)
+{
+    const auto left = floor<milliseconds>(now) + milliseconds(1) - now;
     QThread::usleep(static_cast<unsigned long>(left.count()));
 }
 
@@ -36,15 +57,17 @@ UARTType sendstr;
 void Delay_MSec(int msec)
 {
     // Kept: compares times of day, so a wait that crosses midnight ends at once.
-    const QTime begin = QTime::currentTime();
+    microseconds clock = sinceEpoch();
+    const QTime begin = timeOfDay(clock);
     const QTime end = begin.addMSecs(msec);
     // Also the one whose end lay just before midnight and which looks again only after it: its end
     // would be a day away. A clock that is set back by less lengthens the wait.
     for (QTime now = begin; now < end && now.msecsTo(begin) < kHalfDayMilliseconds;
-         now = QTime::currentTime()) {
+         now = timeOfDay(clock)) {
         // Rests first: what came in meanwhile is taken in before the wait may end.
-        restToNextMillisecond();
+        restToNextMillisecond(clock);
         QCoreApplication::processEvents(QEventLoop::AllEvents, 100);
+        clock = sinceEpoch();
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "tools/common.h"
 
+#include <QDate>
 #include <QTime>
 #include <QTimer>
 
@@ -19,6 +20,8 @@ private slots:
     void waitThatMissesItsEndByMidnightEnds();
     void waitWhoseClockIsSetBackLastsLonger_data();
     void waitWhoseClockIsSetBackLastsLonger();
+    void waitAcrossTheZonesChangeFollowsIt_data();
+    void waitAcrossTheZonesChangeFollowsIt();
 };
 
 // Its last look at the clock comes before its end.
@@ -82,6 +85,31 @@ void TestDelayMidnight::waitWhoseClockIsSetBackLastsLonger()
     if (setBack > 1000)
         rightAgain.start(500);
     QCOMPARE(millisecondsOf([] { Delay_MSec(1000); }), qint64(lasts));
+}
+
+void TestDelayMidnight::waitAcrossTheZonesChangeFollowsIt_data()
+{
+    QTest::addColumn<QString>("summer"); // the zone's second time, behind Greenwich
+    QTest::addColumn<int>("lasts");
+    QTest::newRow("two seconds on") << "-0:00:02" << 200;
+    QTest::newRow("two seconds back") << "0:00:02" << 3000;
+}
+
+// In the zone itself, as where summer begins or ends.
+void TestDelayMidnight::waitAcrossTheZonesChangeFollowsIt()
+{
+    QFETCH(QString, summer);
+    QFETCH(int, lasts);
+    const QByteArray zoneBefore = qgetenv("TZ");
+    qputenv("TZ", "AAA0");
+    const int today = QDate::currentDate().dayOfYear() - 1;
+    const QString zone =
+        QString("AAA0BBB%1,%2/13,%3").arg(summer).arg(today).arg((today + 1) % 365);
+    qputenv("TZ", zone.toLatin1());
+    VirtualClock::setTimeOfDay(QTime(12, 59, 59, 800));
+    const qint64 lasted = millisecondsOf([] { Delay_MSec(1000); });
+    zoneBefore.isNull() ? qunsetenv("TZ") : qputenv("TZ", zoneBefore);
+    QCOMPARE(lasted, qint64(lasts));
 }
 
 TESTMODE_TEST_MAIN(TestDelayMidnight)
