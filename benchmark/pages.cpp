@@ -1,9 +1,9 @@
 // benchmark_pages: what the plug-in's pages cost the GUI thread, or as a floor bare forms of the
-// same shape. Prints one JSON object. script/benchmark runs it.
+// same shape. Prints one JSON object. script/benchmark runs it, in the root of benchmark_root.
 
 #include "painting.h"
+#include "resident.h"
 
-#include "bench/root/privateroot.h"
 #include "bench/unit/gnssstate.h"
 #include "bench/unit/headunit.h"
 #include "framework/appplugin.h"
@@ -20,7 +20,6 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -177,14 +176,6 @@ QJsonObject openings(Screen *screen, int times)
     return measured;
 }
 
-qint64 residentKibibytes()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return -1;
-    return statm.readAll().split(' ').value(1).toLongLong() * ::sysconf(_SC_PAGESIZE) / 1024;
-}
-
 QJsonArray memoryOf(Shown *shown, int times)
 {
     QJsonArray kibibytes;
@@ -276,8 +267,6 @@ QJsonArray statusOnBareWidgets(int times)
 
 int pagesMain(int argc, char **argv)
 {
-    bench::RootLayout layout;
-    bench::enterPrivateRoot(argv, layout);
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const QApplication application(argc, argv);
     QCommandLineParser words;

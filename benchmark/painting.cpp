@@ -1,6 +1,6 @@
 #include "painting.h"
 
-#include "sleeps.h"
+#include "waits.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -30,7 +30,7 @@ qint64 Painting::elapsed()
 {
     timespec time = {};
     ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return qint64(time.tv_sec) * 1000000000 + time.tv_nsec - sleptNanoseconds();
+    return qint64(time.tv_sec) * 1000000000 + time.tv_nsec - waitedNanoseconds();
 }
 
 } // namespace benchmark

@@ -10,8 +10,8 @@ namespace benchmark {
 class Painting : public QObject
 {
 public:
-    // Microseconds from the call to the widget's painting, without what was slept meanwhile. `act`
-    // makes or shows the widget and returns it.
+    // Microseconds from the call to the widget's painting, without what was waited meanwhile
+    // (waits.h). `act` makes or shows the widget and returns it.
     template <typename Act>
     static double microseconds(Act act)
     {
@@ -25,7 +25,7 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    static qint64 elapsed(); // nanoseconds, without sleeps
+    static qint64 elapsed(); // nanoseconds, without waits
     void await(QWidget *widget);
 
     bool painted = false;

@@ -1,11 +1,13 @@
 // benchmark_updates: whole updates of simulated receivers at 921600 baud, by the plug-in's own
-// worker and transport or by a bare host. Prints one JSON object. script/benchmark runs it.
+// worker and transport or by a bare host. Prints one JSON object a round. script/benchmark runs it.
 
 #include "lineclock.h"
 #include "rawhost.h"
+#include "resident.h"
 
 #include "bench/receiver/receiver.h"
 #include "bench/unit/headunit.h"
+#include "bench/unit/journal.h"
 #include "gnss_download/serial_thread.h"
 #include "gnss_download/ugrade_thread.h"
 #include "tools/common.h"
@@ -206,7 +208,6 @@ int updatesMain(int argc, char **argv)
         }
     }
 
-    QJsonArray rounds;
     for (int round = 0; round < words.value("rounds").toInt(); ++round) {
         for (const auto &station : stations) // an older round's content is no proof
             station->receiver.setFlash(QByteArray(wanted.size(), '\xff'));
@@ -221,16 +222,18 @@ int updatesMain(int argc, char **argv)
             whole = whole && station->succeeded
                 && station->receiver.flash(0x08000000, wanted.size()) == wanted;
             reports << station->report();
+            station->receiver.clearRecord();
         }
+        bench::journal().clear(); // what the simulation has noted is nobody's growth
         const bool single = stations.size() == 1;
-        rounds << QJsonObject{
+        const QJsonObject report = {
             {"whole", whole},
             {"stations", reports},
+            {"resident_kibibytes", residentKibibytes()},
             {"pauses_microseconds", single ? numbers(line.pauses()) : QJsonArray()},
             {"turnarounds_microseconds", single ? numbers(line.turnarounds()) : QJsonArray()}};
+        std::printf("%s\n", QJsonDocument(report).toJson(QJsonDocument::Compact).constData());
     }
-    const QJsonObject answer = {{"rounds", rounds}};
-    std::printf("%s\n", QJsonDocument(answer).toJson(QJsonDocument::Compact).constData());
     return 0;
 }
 

@@ -7,22 +7,28 @@ from .rows import Row, median, typical_rate, typical_time
 
 BAUD = 921600
 PACKET = 4096
-
+AT_ONCE = 20
 
 ATTEMPTS = 3  # a machine that stands still for 5 ms in the sync fails an update
 
 
+def run(build, *words):
+    """Runs updates; the rounds as benchmark_updates reports them."""
+    done = subprocess.run([os.path.join(build, "bin/benchmark_updates"), *map(str, words)],
+                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True,
+                          timeout=900)
+    return [json.loads(line) for line in done.stdout.splitlines()]
+
+
 def updates(build, host="plugin", receivers=1, app=PACKET, rounds=1):
-    """Runs whole updates; the rounds as benchmark_updates reports them."""
-    words = [os.path.join(build, "bin/benchmark_updates"), "--host", host, "--receivers",
-             str(receivers), "--app-bytes", str(app), "--rounds", str(rounds)]
+    """Runs whole updates."""
     for _ in range(ATTEMPTS):
-        done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True,
-                              timeout=900)
-        measured = json.loads(done.stdout)["rounds"]
+        measured = run(build, "--host", host, "--receivers", receivers, "--app-bytes", app,
+                       "--rounds", rounds)
         if all(one["whole"] for one in measured):
             return measured
-    raise RuntimeError(f"{ATTEMPTS} times an update was not whole: {' '.join(words)}")
+    raise RuntimeError(f"{ATTEMPTS} times an update of {receivers} with {app} bytes by "
+                       f"'{host}' was not whole")
 
 
 def rate(station):
@@ -78,10 +84,10 @@ def single_rows(build, quick):
     ]
 
 
-def twenty_row(build, quick):
+def twenty_rows(build, quick):
     app = (16 if quick else 64) * PACKET
     alone = rate(updates(build, app=app)[0]["stations"][0])
-    stations = updates(build, receivers=20, app=app)[0]["stations"]
+    stations = updates(build, receivers=AT_ONCE, app=app)[0]["stations"]
     slowest = min(rate(station) for station in stations) / alone
     together = sum(cores(station) for station in stations)
     return [
@@ -98,9 +104,21 @@ def scale_row(build, quick):
     times = [typical_time([one["stations"][0]["each_image_microseconds"][2]
                            for one in updates(build, app=size, rounds=rounds)], quick)
              for size in (small, 4 * small)]
-    return [Row("four times the image: time against four times", times[1] / times[0] / 4, "",
-                0.99, 1.01, 0.4, 2.5, remark=f"up to {4 * small / 1024:.0f} KiB")]
+    return Row("four times the image: time against four times", times[1] / times[0] / 4, "",
+               0.99, 1.01, 0.4, 2.5, remark=f"up to {4 * small / 1024:.0f} KiB")
+
+
+def memory_row(build, quick):
+    rounds, settled = (6, 1) if quick else (50, 3)
+    measured = run(build, "--receivers", AT_ONCE, "--rounds", rounds, "--app-bytes", PACKET,
+                   "--full-speed")
+    resident = [one["resident_kibibytes"] for one in measured]
+    good = sum(station["succeeded"] for one in measured for station in one["stations"])
+    return Row(f"memory over {rounds * AT_ONCE} updates", (resident[-1] - resident[settled - 1]) / 1024,
+               "MiB", most=2, quick_most=8,
+               remark=f"since update {settled * AT_ONCE}; {good} succeeded")
 
 
 def rows(build, quick):
-    return single_rows(build, quick) + twenty_row(build, quick) + scale_row(build, quick)
+    return [*single_rows(build, quick), *twenty_rows(build, quick), scale_row(build, quick),
+            memory_row(build, quick)]

@@ -1,5 +1,7 @@
 """What the pages cost the GUI thread, beside bare forms of the same shape."""
 import json
+import re
+import shutil
 import subprocess
 
 from .rows import Row, against, typical_time
@@ -8,13 +10,30 @@ PAGES = {"key_ncm_test": "Apple device", "key_usb_tid": "USB PHY", "key_gps_test
          "key_gps_update": "GNSS update", "key_tools": "tools", "key_mic_test": "microphone"}
 
 
-def measure(build, what, module=None, times=1, tool=()):
-    words = [*tool, f"{build}/bin/benchmark_pages", "--what", what, "--times", str(times)]
+def started(build, tool, what, module, times):
+    """benchmark_pages in a private root, under a tool."""
+    words = [f"{build}/bin/benchmark_root", *tool, f"{build}/bin/benchmark_pages", "--what", what,
+             "--times", str(times)]
     if module:
         words += ["--module", f"{build}/lib/{module}"]
-    done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True,
-                          timeout=1800)
-    return json.loads(done.stdout)
+    return subprocess.run(words, capture_output=True, check=True, timeout=1800)
+
+
+def measure(build, what, module=None, times=1):
+    return json.loads(started(build, (), what, module, times).stdout)
+
+
+def instructions(build, module):
+    """Of one more status record, as valgrind's model of a processor counts them."""
+    if shutil.which("valgrind") is None:
+        raise RuntimeError("valgrind is not installed; install the package valgrind")
+    times = 50
+    tool = ("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null")
+    counts = []
+    for number in (times, 2 * times):
+        said = started(build, tool, "status", module, number).stderr.decode(errors="replace")
+        counts.append(int(re.search(r"^==\d+== Collected : (\d+)", said, re.MULTILINE)[1]))
+    return (counts[1] - counts[0]) / times
 
 
 def menu_row(build, quick):
@@ -51,8 +70,13 @@ def status_rows(build, quick):
         for taken, module in ((floor, None), (ours, "libtestmode.so")):
             records = measure(build, "status", module, times)["status"]
             taken += [record / 1000 for record in records[1:]]
-    return [against("status record of 30 satellites, against bare labels and list", ours, floor,
+    rows = [against("status record of 30 satellites, against bare labels and list", ours, floor,
                     quick, most=2, quick_most=6)]
+    if not quick:
+        mine, least = (instructions(build, module) for module in ("libtestmode.so", None))
+        rows.append(Row("the same in instructions", mine / least, "", most=2,
+                        remark=f"{mine / 1e6:.2f} and {least / 1e6:.2f} million"))
+    return rows
 
 
 def memory_row(build, quick):

@@ -1,14 +1,15 @@
-#include "sleeps.h"
+#include "waits.h"
 
 #include <cerrno>
 #include <ctime>
 
+#include <dlfcn.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
 
-thread_local qint64 slept = 0;
+thread_local qint64 waited = 0;
 
 qint64 now()
 {
@@ -21,7 +22,7 @@ int sleep(clockid_t clock, int flags, const timespec *wanted, timespec *left)
 {
     const qint64 began = now();
     const long result = ::syscall(SYS_clock_nanosleep, clock, flags, wanted, left);
-    slept += now() - began;
+    waited += now() - began;
     return result == 0 ? 0 : errno;
 }
 
@@ -47,13 +48,23 @@ __attribute__((visibility("default"))) int usleep(useconds_t microseconds)
                              static_cast<long>(microseconds % 1000000) * 1000};
     return ::nanosleep(&wanted, nullptr);
 }
+
+__attribute__((visibility("default"))) int system(const char *command)
+{
+    using System = int (*)(const char *);
+    static const auto realSystem = reinterpret_cast<System>(::dlsym(RTLD_NEXT, "system"));
+    const qint64 began = now();
+    const int status = realSystem(command);
+    waited += now() - began;
+    return status;
+}
 }
 
 namespace benchmark {
 
-qint64 sleptNanoseconds()
+qint64 waitedNanoseconds()
 {
-    return slept;
+    return waited;
 }
 
 } // namespace benchmark
