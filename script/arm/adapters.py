@@ -6,7 +6,8 @@ import time
 
 from . import resetlines
 from .receiver import Package, missing
-from .steps import expect
+from .steps import BRIEF, LONG, LONGEST, expect
+from .updates import ATTEMPTS
 
 # A line that nobody uses, as --reset names it, and as the kernel numbers it.
 GPIO = "gpio:0:5"
@@ -25,14 +26,8 @@ STEPS = {
     "packet": "!rts",
 }
 
-# A machine that stands still for longer than the dialogue's time-outs makes an update fail.
-ATTEMPTS = 3
-
 # Bytes of an image of two packets: the whole sample package is for the other UART.
 SHORT_IMAGE = 8192
-
-# Seconds that an update may take. Beside a silent receiver it is up to 107 on a PC.
-LONGEST_UPDATE = 400
 
 AT_ONCE = 2
 
@@ -56,10 +51,10 @@ class Adapters:
 
     def plug(self):
         """An adapter for each step, with a receiver behind it."""
-        said = self.machine.run([self.helpers / "adapters", "make", len(STEPS), self.programs], 90)
+        said = self.machine.run([self.helpers / "adapters", "make", len(STEPS), self.programs], BRIEF)
         self.devices = said.split()
         expect(len(self.devices) == len(STEPS), said)
-        self.lines = self.machine.start([self.helpers / "reset-lines", GPIO_NUMBER], 900)
+        self.lines = self.machine.start([self.helpers / "reset-lines", GPIO_NUMBER], 2 * LONGEST)
         return " ".join(self.devices)
 
     def update(self):
@@ -82,7 +77,7 @@ class Adapters:
     def plug_again(self):
         """Each comes back and carries an update. One that an ending update still has open comes back
         under another name."""
-        said = self.machine.run([self.helpers / "adapters", "plug", *range(len(STEPS))], 60)
+        said = self.machine.run([self.helpers / "adapters", "plug", *range(len(STEPS))], BRIEF)
         self.devices = said.split()
         package = self._package()
         updates = [HealthyUpdate(self, number, reset, package)
@@ -106,7 +101,7 @@ class Adapters:
             [self.programs / "testmode-bench", "--flash", "--uart", self.devices[number],
              "--reset", reset, "--stand-ins", "--package", f"/results/{package.folder.name}",
              "--attempts", attempts, "--format", "json",
-             "--log", f"/results/adapter{number}.trace"], LONGEST_UPDATE)
+             "--log", f"/results/adapter{number}.trace"], LONG)
 
     def _package(self):
         return Package(self.sample, self.machine.results, SHORT_IMAGE)
@@ -121,7 +116,7 @@ class Adapters:
         return f"{device} flashed, {reset} held for {held:.0f} ms"
 
     def _processor_share(self):
-        self.machine.run("true", 20)  # hears of those that have ended
+        self.machine.run("true", BRIEF)  # hears of those that have ended
         waiting = sum(update.job.status is None for update in self.pulled)
         before = self.machine.processor_seconds()
         time.sleep(PROCESSOR_SECONDS)
@@ -135,7 +130,7 @@ class Adapters:
         words = [f"{name}={json.dumps(value)}" for name, value in params.items()]
         return json.loads(self.machine.run(
             [self.programs / "testmode-ctl", "--socket", f"/run/adapters/{number}", method, *words],
-            60))
+            BRIEF))
 
 
 class HealthyUpdate:
@@ -162,7 +157,7 @@ class PulledUpdate:
         self.begin_to_pull = functools.partial(
             adapters.machine.start,
             [adapters.helpers / "adapters", "pull-at", number, step, adapters.programs],
-            ATTEMPTS * LONGEST_UPDATE)
+            LONGEST)
         self.pulling = None
         self.job = None
 

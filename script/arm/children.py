@@ -13,7 +13,8 @@ def command_of(words):
 def start(words, **options):
     """A process in a session of its own, so that end() reaches what it starts, too."""
     options.setdefault("stdin", subprocess.DEVNULL)
-    return subprocess.Popen(command_of(words), start_new_session=True, **options)
+    options.setdefault("start_new_session", True)
+    return subprocess.Popen(command_of(words), **options)
 
 
 def end(process):

@@ -49,10 +49,11 @@ class Job:
 
 
 class Machine:
-    """One power-on. A context manager: its end switches the machine off, hard if need be."""
+    """One power-on. A context manager: its start switches the machine on, its end off, hard if need
+    be."""
 
     def __init__(self, disk, tree, results, line=None, real_memory=False, extra=(),
-                 interactive=False):
+                 interactive=False, niceness=0):
         self.disk = disk
         self.tree = tree
         self.results = results
@@ -60,31 +61,26 @@ class Machine:
         self.words = "testmode.real_memory" if real_memory else ""
         self.extra = extra
         self.interactive = interactive  # the terminal is the machine's
+        self.niceness = niceness
         self.process = None
         self.control = None
         self.monitor = None
         self.jobs = {}
         self.pending = b""
-        self.powered = None
 
     def __enter__(self):
         (self.results / "jobs").mkdir(parents=True, exist_ok=True)
         (self.results / "tree").write_text(f"{self.tree}\n", encoding="utf-8")
-        self.powered = time.monotonic()
         self.control, control = socket.socketpair()
         self.monitor, monitor = socket.socketpair()
         words = self._command(control.fileno(), monitor.fileno())
         with open(self.results / "emulator.log", "ab") as log:
             terminal = {"stdin": None, "stdout": None} if self.interactive else {"stdout": log}
-            self.process = children.start(words, **terminal, stderr=log,
+            self.process = children.start(["nice", "-n", self.niceness, *words], **terminal,
+                                          stderr=log,
                                           pass_fds=(control.fileno(), monitor.fileno()))
         control.close()
         monitor.close()
-        try:
-            self._await_ready()
-        except BaseException:
-            self.__exit__(None, None, None)
-            raise
         return self
 
     def _command(self, control, monitor):
@@ -111,11 +107,11 @@ class Machine:
         ]
         return [*words, *self.extra]
 
-    def _await_ready(self):
+    def await_ready(self):
+        """Nothing can be started in it before."""
         while b"ready\n" not in self.pending:
             self._receive()
         self.pending = b""
-        self.booted = time.monotonic() - self.powered
 
     def _receive(self):
         data = self.control.recv(4096)

@@ -5,6 +5,7 @@ until their list of packages changes.
 """
 import contextlib
 import os
+import re
 import shutil
 import subprocess
 
@@ -36,7 +37,16 @@ def mirror():
         words = line.split()
         if words[1:] == [SUITE, "main"]:
             return words[0]
-    raise SystemExit(f"arm-unit: apt's sources name no '{SUITE} main'; add it to them")
+    raise SystemExit(f"arm-unit: apt knows no '{SUITE} main'; try 'apt-get update', or add it to "
+                     "its sources")
+
+
+def apt_options():
+    """What apt needs to be told to reach the mirror from here."""
+    settings = subprocess.run(["apt-config", "dump", "--no-empty", "--format", '%f "%v";%n'],
+                              capture_output=True, text=True, check=True).stdout
+    wanted = re.compile("acquire::(https?::proxy|check-valid-until|check-date) ", re.IGNORECASE)
+    return [f"--aptopt={line}" for line in settings.splitlines() if wanted.match(line)]
 
 
 class Root:
@@ -66,7 +76,7 @@ class Root:
         # A user who may not chroot extracts all the same.
         mode = "root" if os.geteuid() == 0 else "chrootless"
         words = ["mmdebstrap", "--quiet", f"--mode={mode}", "--arch=armhf", "--variant=extract",
-                 f"--include={','.join(self.packages)}", SUITE, self.folder,
+                 *apt_options(), f"--include={','.join(self.packages)}", SUITE, self.folder,
                  f"deb {mirror()} {SUITE} main"]
         with open(self.log, "wb") as output:
             self.process = children.start(words, stdout=output, stderr=subprocess.STDOUT)

@@ -5,6 +5,11 @@ import sys
 import time
 
 
+# Deadlines, in seconds, that a PC keeps also where it has ten times as much to do as it can: for what
+# takes next to no time, for an update or a tour, for a check that makes attempts at them.
+BRIEF, LONG, LONGEST = 120, 900, 1800
+
+
 class Failed(Exception):
     """A check that does not hold; what comes after it in its step is left out."""
 
@@ -74,7 +79,8 @@ class Steps:
             self.failures += 1
         line = f"{'ok    ' if ok else 'FAILED'} {seconds:6.1f} s  {name}"
         self.lines.append(f"{line}: {seen}" if seen else line)
-        print(self.lines[-1], flush=True)
+        sys.stdout.write(f"{self.lines[-1]}\n")  # whole, also where two are told of at once
+        sys.stdout.flush()
 
     def finish(self, listing):
         """Writes the list to `listing`; the exit status of the run."""

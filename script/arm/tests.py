@@ -6,7 +6,7 @@ import shlex
 import subprocess
 
 from . import children
-from .steps import expect
+from .steps import BRIEF, expect
 
 # What an emulator of programs alone cannot run: rates of 921600 baud, exclusive terminals, start of
 # programs, private roots.
@@ -47,12 +47,20 @@ def chosen(tree):
     return sorted(tests, key=lambda test: test.alone)
 
 
-def run_in(machine, tests, run):
-    """Adds one line a test to the list of `run`; outputs go to the results."""
-    outputs = machine.results / "tests"
-    outputs.mkdir(exist_ok=True)
+def run(machine, chosen, building, on_pc, steps):
+    """Adds one line a test to the list of `steps`, those on this PC at the end; returns how many
+    there were."""
+    building.finish()
+    machine.await_ready()
+    _run_in(machine, chosen, steps)
+    on_pc.finish(steps)
+    loaded = load_plugin(machine)
+    return f"{len(chosen)} in the machine, {len(ON_PC)} on this PC; {loaded}"
+
+
+def _run_in(machine, chosen, steps):
     commands = {test.name: test.command for test in known(machine.tree)}  # now that they are built
-    waiting = collections.deque(test._replace(command=commands[test.name]) for test in tests)
+    waiting = collections.deque(test._replace(command=commands[test.name]) for test in chosen)
     running = {}
     while waiting or running:
         while waiting and len(running) < (1 if waiting[0].alone else AT_ONCE):
@@ -63,8 +71,8 @@ def run_in(machine, tests, run):
         for job in machine.ended():
             test = running.pop(job)
             said = job.said()
-            (outputs / f"{test.name}.txt").write_text(said, encoding="utf-8")
-            run.add(job.status == 0, job.seconds, test.name, _summary(job, said))
+            (machine.results / f"{test.name}.txt").write_text(said, encoding="utf-8")
+            steps.add(job.status == 0, job.seconds, test.name, _summary(job, said))
 
 
 def _start(machine, test):
@@ -84,7 +92,7 @@ def _summary(job, said):
 def load_plugin(machine):
     """What platform_sdk has built for a unit is loaded where it can be."""
     folder = machine.tree / "build/armhf/tests/build/platform_sdk"
-    return machine.run([folder / "stubs/load", folder / "build/lib/libtestmode.so"], 60).strip()
+    return machine.run([folder / "stubs/load", folder / "build/lib/libtestmode.so"], BRIEF).strip()
 
 
 class OnPC:
@@ -104,13 +112,13 @@ class OnPC:
     def __exit__(self, *_):
         children.end(self.process)
 
-    def finish(self, run):
-        """Adds one line a test to the list of `run`."""
+    def finish(self, steps):
+        """Adds one line a test to the list of `steps`."""
         self.process.wait()
         said = self.log.read_text(encoding="utf-8", errors="replace")
         for name in ON_PC:
             found = re.search(rf" {name} \.+[* ]+(\w[\w ]*?) +([0-9.]+) sec", said)
             expect(found, f"{name} did not run: {said[-300:]}")
             passed = found[1] == "Passed"
-            run.add(passed, float(found[2]), name,
-                    "on this PC, with the cross compiler" if passed else f"see {self.log}")
+            steps.add(passed, float(found[2]), name,
+                      "on this PC, with the cross compiler" if passed else f"see {self.log}")

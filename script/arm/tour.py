@@ -1,5 +1,5 @@
 """The bench's tour, taken in the machine."""
-from .steps import expect
+from .steps import BRIEF, LONG, expect
 
 # What the tour leaves in the PHY's registers of port 0: debug select, debug route, swing, debug
 # enable, test mode, disconnect threshold.
@@ -9,7 +9,7 @@ REGISTERS = {0x9C000088: 0, 0x9C0000A0: 0x0004100C, 0x9C000190: 0x7F7F0046, 0x9C
 
 def start(machine, *options):
     bench = machine.tree / "build/armhf/bin/testmode-bench"
-    return machine.start([bench, "--tour", "/results/pictures", *options], 280)
+    return machine.start([bench, "--tour", "/results/pictures", *options], LONG)
 
 
 def finish(machine, job):
@@ -26,13 +26,13 @@ def finish(machine, job):
 def start_on_real_memory(machine):
     """The PHY page's accesses go to the machine's own memory, where somebody else reads them."""
     for address in REGISTERS:
-        machine.run(["busybox", "devmem", hex(address), "32", "0xFFFFFFFF"], 20)
+        machine.run(["busybox", "devmem", hex(address), "32", "0xFFFFFFFF"], BRIEF)
     return start(machine, "--real-memory")
 
 
 def finish_on_real_memory(machine, job):
     seen = finish(machine, job)
     for address, expected in REGISTERS.items():
-        word = int(machine.run(["busybox", "devmem", hex(address), "32"], 20), 16)
+        word = int(machine.run(["busybox", "devmem", hex(address), "32"], BRIEF), 16)
         expect(word == expected, f"{address:#x} holds {word:#x}, not {expected:#x}")
     return f"{seen}; {len(REGISTERS)} registers found as written"

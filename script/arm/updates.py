@@ -3,7 +3,7 @@ import json
 import time
 
 from .receiver import Package
-from .steps import Failed, expect
+from .steps import BRIEF, LONG, Failed, expect
 
 # Through the update page without "Check": the port opens at the download's own rate.
 UNCHECKED = """\
@@ -15,7 +15,7 @@ ui.state object=textBrowser
 """
 
 # A PC that stands still for longer than the dialogue's time-outs makes an update fail.
-ATTEMPTS = 3
+ATTEMPTS = 5
 
 # Well within the second image.
 SOME_PACKETS = 40
@@ -33,8 +33,8 @@ class Updates:
 
     def prepare_line(self, machine):
         """The kernel takes the UART's clock for the usual slow one until it is told."""
-        machine.run("setserial /dev/ttyS4 baud_base 921600", 20)
-        seen = machine.run("setserial -G /dev/ttyS4", 20)
+        machine.run("setserial /dev/ttyS4 baud_base 921600", BRIEF)
+        seen = machine.run("setserial -G /dev/ttyS4", BRIEF)
         expect("uart 16550A" in seen and "baud_base 921600" in seen, seen)
         return " ".join(seen.split())
 
@@ -45,7 +45,7 @@ class Updates:
         """Presses "Check" on its way: the port opens at 115200."""
         return machine.start([self.programs / "testmode-bench", "--flash",
                               *self._options(package), "--attempts", attempts,
-                              "--log", "/results/flash.trace", *options], 180)
+                              "--log", "/results/flash.trace", *options], LONG)
 
     def _new_package(self):
         self.receiver.mark()
@@ -71,7 +71,7 @@ class Updates:
         for _ in range(ATTEMPTS):
             self.receiver.mark()
             job = machine.start([self.helper, self.programs, "/results/unchecked.calls",
-                                 *self._options(package)], 180)
+                                 *self._options(package)], LONG)
             job.wait()
             if "succed" in job.said():
                 return self._succeeded(job, package, 921600)
