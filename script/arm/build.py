@@ -8,11 +8,14 @@ from . import children
 TOOLS = ["g++-arm-linux-gnueabihf", "mmdebstrap", "e2fsprogs", "cpio", "kmod", "qemu-system-arm"]
 
 
+def configure(tree, folder, preset):
+    children.run(["cmake", "--preset", preset], folder / f"configure-{preset}.log", cwd=tree)
+
+
 class Build:
-    """Targets of a preset, being built; the compiler's output goes to logs."""
+    """Targets of a configured preset, being built; the compiler's output goes to a log."""
 
     def __init__(self, tree, folder, preset, *targets):
-        children.run(["cmake", "--preset", preset], folder / f"configure-{preset}.log", cwd=tree)
         self.log = folder / f"build-{preset}.log"
         # What is checked meanwhile comes first.
         self.words = ["nice", "cmake", "--build", "--preset", preset,
@@ -32,5 +35,6 @@ class Build:
 
 
 def build(tree, folder, preset, *targets):
+    configure(tree, folder, preset)
     with Build(tree, folder, preset, *targets) as building:
         building.finish()

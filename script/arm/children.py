@@ -29,8 +29,10 @@ def end(process):
 
 
 def _send(process, number):
-    with contextlib.suppress(ProcessLookupError):
+    try:
         os.killpg(process.pid, number)
+    except ProcessLookupError:  # it has no session of its own, or has ended
+        process.send_signal(number)
 
 
 def run(words, log, **options):

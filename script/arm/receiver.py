@@ -82,13 +82,10 @@ class Receiver:
             page = self.call("receiver.dialogue", since=page["next"])
         self.since = page["next"]
 
-    def await_packets(self, packets):
-        """Returns once the next update has written so many packets."""
-        while True:
-            state = self.call("receiver.state")
-            if state["resets"] > self.resets and state["packets"] >= packets:
-                return
-            time.sleep(0.02)
+    def has_packets(self, packets):
+        """Whether the next update has written so many."""
+        state = self.call("receiver.state")
+        return state["resets"] > self.resets and state["packets"] >= packets
 
     def missing(self, package):
         return missing(package, functools.partial(self.call, "receiver.flash"))

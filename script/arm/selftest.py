@@ -18,13 +18,15 @@ import uuid
 from . import console
 from .steps import Failed, expect
 
-# When a run is interrupted: the mode, and what it has said just before.
+# When a run is interrupted: what is going on then, the mode, what it has said just before, and what
+# is taken away from the build folder beforehand so that there is something to do.
 MOMENTS = [
-    ("--build", "receiver for this PC"),  # the sysroot is being extracted
-    ("--short", "root file system and disk"),  # the compiler runs
-    ("--short", "bench for the machine"),  # the machine boots
-    ("--short", "UART of the machine"),  # an update is on the line
-    ("--short", "update that opens at 115200"),  # the tour is taken
+    ("packages are extracted", "--build", "packages of this PC", "arm/sysroot.packages"),
+    ("the compiler works", "--build", "root file system and disk",
+     "armhf/bench/program/CMakeFiles/testmode-bench.dir/*.o"),
+    ("the machine boots", "--short", "bench for the machine", None),
+    ("an update is on the line", "--short", "UART of the machine", None),
+    ("the tour is taken", "--short", "update that opens at 115200", None),
 ]
 
 PATIENCE = 900  # for whatever is waited for: this PC may be loaded
@@ -198,10 +200,10 @@ def look(port):
     return f"{version.decode().strip()}, {width} x {height}, {len(colours)} colours"
 
 
-def interrupted(unit, mode, said):
+def interrupted(unit, mode, said, spoiled):
     """SIGINT just after a step's line: nothing is left, and the next run works."""
-    if mode == "--build":
-        (unit.results.parent / "sysroot.packages").unlink(missing_ok=True)
+    for path in (unit.tree / "build").glob(spoiled) if spoiled else ():
+        path.unlink()
     before = mounts()
     output, written = os.pipe()
     with Run(unit.tree, mode, written) as run:
@@ -218,8 +220,8 @@ def interrupted(unit, mode, said):
 
 def whole(unit):
     check = unit.run.check
-    for mode, said in MOMENTS:
-        check(f"{mode} interrupted after '{said}'", 2 * PATIENCE,
-              lambda mode=mode, said=said: interrupted(unit, mode, said))
+    for moment, *how in MOMENTS:
+        check(f"interrupted while {moment}", 2 * PATIENCE,
+              lambda how=how: interrupted(unit, *how))
     check("--shell", PATIENCE, lambda: prompt(unit))
     check("--vnc", PATIENCE, lambda: screen(unit))

@@ -10,6 +10,9 @@ import time
 BRIEF, LONG, LONGEST = 120, 900, 1800
 
 
+FAILED = "FAILED"  # begins the line of a check that does not hold
+
+
 class Failed(Exception):
     """A check that does not hold; what comes after it in its step is left out."""
 
@@ -77,15 +80,24 @@ class Steps:
         """One more line of the list."""
         if not ok:
             self.failures += 1
-        line = f"{'ok    ' if ok else 'FAILED'} {seconds:6.1f} s  {name}"
+        line = f"{'ok' if ok else FAILED:6} {seconds:6.1f} s  {name}"
         self.lines.append(f"{line}: {seen}" if seen else line)
         sys.stdout.write(f"{self.lines[-1]}\n")  # whole, also where two are told of at once
         sys.stdout.flush()
+
+    def write(self, listing):
+        listing.write_text("".join(f"{line}\n" for line in self.lines), encoding="utf-8")
+
+    def read(self, listing):
+        """Adds what another process has written."""
+        lines = listing.read_text(encoding="utf-8").splitlines() if listing.exists() else []
+        self.lines += lines
+        self.failures += sum(line.startswith(FAILED) for line in lines)
 
     def finish(self, listing):
         """Writes the list to `listing`; the exit status of the run."""
         whole = time.monotonic() - self.started
         self.lines.append(f"{len(self.lines)} checks, {self.failures} failed, {whole:.0f} s")
-        listing.write_text("\n".join(self.lines) + "\n", encoding="utf-8")
+        self.write(listing)
         print(f"{self.lines[-1]}; logs and pictures in {listing.parent}", flush=True)
         return 1 if self.failures else 0

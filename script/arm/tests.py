@@ -47,18 +47,10 @@ def chosen(tree):
     return sorted(tests, key=lambda test: test.alone)
 
 
-def run(machine, chosen, building, on_pc, steps):
-    """Adds one line a test to the list of `steps`, those on this PC at the end; returns how many
-    there were."""
-    building.finish()
-    machine.await_ready()
-    _run_in(machine, chosen, steps)
-    on_pc.finish(steps)
-    loaded = load_plugin(machine)
-    return f"{len(chosen)} in the machine, {len(ON_PC)} on this PC; {loaded}"
-
-
-def _run_in(machine, chosen, steps):
+def run_in(machine, chosen, steps):
+    """Adds one line a test to the list of `steps`; outputs go to the results."""
+    outputs = machine.results / "outputs"
+    outputs.mkdir(exist_ok=True)
     commands = {test.name: test.command for test in known(machine.tree)}  # now that they are built
     waiting = collections.deque(test._replace(command=commands[test.name]) for test in chosen)
     running = {}
@@ -71,7 +63,7 @@ def _run_in(machine, chosen, steps):
         for job in machine.ended():
             test = running.pop(job)
             said = job.said()
-            (machine.results / f"{test.name}.txt").write_text(said, encoding="utf-8")
+            (outputs / f"{test.name}.txt").write_text(said, encoding="utf-8")
             steps.add(job.status == 0, job.seconds, test.name, _summary(job, said))
 
 
