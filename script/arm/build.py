@@ -9,6 +9,11 @@ TOOLS = ["g++-arm-linux-gnueabihf", "mmdebstrap", "e2fsprogs", "cpio", "kmod", "
 
 
 def configure(tree, folder, preset):
+    """Unless it is; the build itself sees what else has changed."""
+    made = tree / "build" / preset / "build.ninja"
+    presets = tree / "CMakePresets.json"
+    if made.exists() and made.stat().st_mtime > presets.stat().st_mtime:
+        return
     children.run(["cmake", "--preset", preset], folder / f"configure-{preset}.log", cwd=tree)
 
 

@@ -7,7 +7,6 @@ import shutil
 import socket
 import subprocess
 import tempfile
-import time
 
 from . import children
 from .steps import Failed, expect

@@ -9,7 +9,6 @@ import signal
 import socket
 import struct
 import subprocess
-import sys
 import tempfile
 import termios
 import time
