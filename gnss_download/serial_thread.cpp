@@ -226,8 +226,8 @@ void serial_thread::closeIfGone()
 // Whether the line is left to itself, now that it has been quiet for so many milliseconds.
 bool serial_thread::isAbandoned(qint64 quiet)
 {
-    if (!abandoned && QThread::currentThread()->isInterruptionRequested()
-        && (!port->isOpen() || quiet >= patienceAtEnd)) {
+    if (!abandoned && (!port->isOpen() || quiet >= patienceAtEnd)
+        && QThread::currentThread()->isInterruptionRequested()) {
         abandoned = true;
         if (port->isOpen())
             port->clear(QSerialPort::Output);

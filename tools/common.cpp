@@ -28,15 +28,20 @@ microseconds sinceEpoch()
 // where a second begins, so that one look a second finds it.
 QTime timeOfDay(microseconds now)
 {
-    thread_local seconds knownSecond = seconds::min();
-    thread_local int knownBegin = 0; // of that second, milliseconds of the local day
+    struct Second
+    {
+        seconds number;
+        int begin; // milliseconds of the local day
+    };
+    thread_local Second known = {seconds::min(), 0};
+    Second &last = known; // looked up once
     const auto second = floor<seconds>(now);
-    if (second != knownSecond) {
-        knownBegin = QDateTime::fromSecsSinceEpoch(second.count()).time().msecsSinceStartOfDay();
-        knownSecond = second;
+    if (second != last.number) {
+        last.begin = QDateTime::fromSecsSinceEpoch(second.count()).time().msecsSinceStartOfDay();
+        last.number = second;
     }
     const auto inSecond = floor<milliseconds>(now - second);
-    return QTime::fromMSecsSinceStartOfDay(knownBegin + static_cast<int>(inSecond.count()));
+    return QTime::fromMSecsSinceStartOfDay(last.begin + static_cast<int>(inSecond.count()));
 }
 
 // The time of day only counts whole milliseconds: nothing that a wait looks for changes in between.
