@@ -5,9 +5,14 @@
 
 namespace bench::chip {
 
-Flash::Flash()
-    : content(static_cast<int>(kSize), '\xFF'), history(static_cast<int>(kSize / kSectorSize))
+Flash::Flash() : history(static_cast<int>(kSize / kSectorSize)) { }
+
+// The lock is held.
+QByteArray &Flash::memory() const
 {
+    if (content.isEmpty())
+        content.fill('\xFF', static_cast<int>(kSize));
+    return content;
 }
 
 bool Flash::contains(quint32 address, quint32 length)
@@ -22,7 +27,7 @@ int Flash::writeSector(quint32 address, const QByteArray &bytes, int image)
     int before = 0;
     {
         const QMutexLocker lock(&mutex);
-        content.replace(static_cast<int>(address - kBase), bytes.size(), bytes);
+        memory().replace(static_cast<int>(address - kBase), bytes.size(), bytes);
         FlashSector &sector = history[static_cast<int>((address - kBase) / kSectorSize)];
         before = std::exchange(sector.image, image);
         ++sector.times;
@@ -51,7 +56,7 @@ QByteArray Flash::read(quint32 address, int length) const
     if (length < 0 || !contains(address, static_cast<quint32>(length)))
         return QByteArray();
     const QMutexLocker lock(&mutex);
-    return content.mid(static_cast<int>(address - kBase), length);
+    return memory().mid(static_cast<int>(address - kBase), length);
 }
 
 QVector<FlashSector> Flash::sectors() const
@@ -59,8 +64,9 @@ QVector<FlashSector> Flash::sectors() const
     static const QByteArray erased(static_cast<int>(kSectorSize), '\xFF');
     const QMutexLocker lock(&mutex);
     QVector<FlashSector> all = history;
+    const QByteArray &whole = memory();
     for (int i = 0; i < all.size(); ++i) {
-        const char *first = content.constData() + i * erased.size();
+        const char *first = whole.constData() + i * erased.size();
         all[i].erased = std::memcmp(first, erased.constData(), size_t(erased.size())) == 0;
     }
     return all;

@@ -41,8 +41,10 @@ public:
     void forgetImages(); // a reset
 
 private:
+    QByteArray &memory() const;
+
     mutable QMutex mutex;
-    QByteArray content;
+    mutable QByteArray content;   // empty until it is first asked for: many receivers never are
     QVector<FlashSector> history; // of each sector since the reset
 };
 
