@@ -68,6 +68,7 @@ Host::~Host()
 {
     restartReason.clear();
     then = Then::Nothing;
+    unitScreen->hide(); // what comes in the window's place is not laid out any more
     if (window != nullptr)
         window->onDestroy();
     // Nobody's event loop is left to do it later.
