@@ -38,6 +38,13 @@ qint64 threadNanoseconds()
     return qint64(used.tv_sec) * 1000000000 + used.tv_nsec;
 }
 
+// The plug-in makes its traces; where they go is its host's to pay for.
+void dropTraces(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    if (type != QtDebugMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(text));
+}
+
 // A package whose images differ in every byte from what an erased flash holds.
 file packageOf(int appBytes)
 {
@@ -182,6 +189,7 @@ QJsonArray numbers(const QVector<double> &values)
 int updatesMain(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
+    qInstallMessageHandler(dropTraces);
     QCommandLineParser words;
     words.setApplicationDescription(QStringLiteral("Times whole updates of simulated receivers."));
     words.addHelpOption();

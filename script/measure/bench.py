@@ -43,15 +43,16 @@ def connected(path, process):
         except OSError:
             if process.poll() is not None:
                 raise RuntimeError("the bench has ended") from None
-            time.sleep(0.002)
+            time.sleep(0.0005)
     with client:
         yield client
 
 
-def nothing(build):
-    """Seconds that the private root and an application without anything in it take."""
+def nothing(build, folder):
+    """Seconds that the same process takes which ends where a session would begin."""
     began = time.monotonic()
-    subprocess.run([f"{build}/bin/benchmark_nothing"], env=environment(), check=True, timeout=60)
+    subprocess.run([f"{build}/bin/benchmark_nothing", "--monitor", os.path.join(folder, "none")],
+                   env=environment(), check=True, timeout=60)
     return time.monotonic() - began
 
 
@@ -60,7 +61,7 @@ def start_rows(build, quick):
     with tempfile.TemporaryDirectory() as folder:
         floor, ours = [], []
         for _ in range(times):
-            floor.append(1000 * nothing(build))
+            floor.append(1000 * nothing(build, folder))
             ours.append(1000 * start_to_quit(build, folder))
         together = [threading.Thread(target=start_to_quit, args=(build, folder, number))
                     for number in range(20)]
@@ -71,9 +72,9 @@ def start_rows(build, quick):
             one.join()
         all_twenty = time.monotonic() - began
     return [
-        against("a bench from start to end, against nothing in the same root", ours, floor, quick,
+        against("a bench from start to end, against one without a session", ours, floor, quick,
                 most=1.5, quick_most=8),
-        Row("twenty benches from start to end at once", all_twenty, "s", most=3, quick_most=60),
+        Row("twenty benches from start to end at once", all_twenty, "s", most=3, absolute=True),
     ]
 
 
@@ -108,8 +109,8 @@ class Asking(threading.Thread):
 def flash(build, folder, calls_a_second):
     """A whole update of the sample package: what it told, and who asked meanwhile."""
     path = os.path.join(folder, "flash-monitor")
-    words = [f"{build}/bin/testmode-bench", "--flash", "--format", "json", "--monitor", path,
-             "--log", os.path.join(folder, "trace")]
+    words = [f"{build}/bin/testmode-bench", "--flash", "--attempts", "3", "--format", "json",
+             "--monitor", path, "--log", os.path.join(folder, "trace")]
     with subprocess.Popen(words, env=environment(), stdout=subprocess.PIPE, text=True) as bench:
         asking = Asking(path, bench, calls_a_second) if calls_a_second else None
         if asking:
@@ -143,7 +144,7 @@ def beside_rows(build, quick):
         against(f"update beside 100 calls a second ({calls}), against one alone", asked, alone,
                 quick, most=1.01, quick_most=2),
         Row("longest time without an answer in an update", typical_time(longest, quick), "ms",
-            most=16, quick_most=500, remark=f"most of all: {max(longest):.1f} ms"),
+            most=16, absolute=True, remark=f"most of all: {max(longest):.1f} ms"),
     ]
 
 

@@ -9,7 +9,7 @@ BAUD = 921600
 PACKET = 4096
 AT_ONCE = 20
 
-ATTEMPTS = 3  # a machine that stands still for 5 ms in the sync fails an update
+ATTEMPTS = 5  # a machine that stands still for 5 ms in the sync fails an update
 
 
 def run(build, *words):
@@ -73,11 +73,11 @@ def single_rows(build, quick):
         Row("images: rate against a bare host's", our_rate / floor_rate, "", least=0.99,
             quick_least=0.5, remark=f"{our_rate / 1000:.2f} and {floor_rate / 1000:.2f} kB/s"),
         Row("images: share of the line", 100 * our_rate * 10 / BAUD, "%", least=89.5,
-            quick_least=40, remark=f"bare host {100 * floor_rate * 10 / BAUD:.2f} %"),
-        Row("pause between packets, median", median(pauses), "ms", 3.0, 3.2, 2.5, 12,
+            absolute=True, remark=f"bare host {100 * floor_rate * 10 / BAUD:.2f} %"),
+        Row("pause between packets, median", median(pauses), "ms", 3.0, 3.2, absolute=True,
             remark=f"{len(pauses)} pauses; with the polls of the reply {median(turns):.2f} ms"),
-        Row("pause between packets, shortest", min(pauses), "ms", least=2.0, quick_least=1.0),
-        Row("processor of the update's threads", share, "%", most=2, quick_most=10,
+        Row("pause between packets, shortest", min(pauses), "ms", least=2.0, absolute=True),
+        Row("processor of the update's threads", share, "%", most=2, absolute=True,
             remark=f"bare host {floor_share:.2f} %"),
         Row("update without its images, against its fixed waits", rest / fixed, "", most=1.10,
             quick_most=4, remark=f"{rest:.0f} and {fixed:.0f} ms; bare host {floor_rest:.0f} ms"),
@@ -93,7 +93,7 @@ def twenty_rows(build, quick):
     return [
         Row("twenty receivers at once: slowest against one alone", slowest, "", least=0.95,
             quick_least=0.1),
-        Row("twenty receivers at once: cores in all", together, "", most=0.5, quick_most=2),
+        Row("twenty receivers at once: cores in all", together, "", most=0.5, absolute=True),
     ]
 
 

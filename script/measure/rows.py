@@ -5,7 +5,7 @@ import statistics
 
 @dataclasses.dataclass
 class Row:
-    """`value` must lie within `least` and `most`; the quick form asks for less."""
+    """`value` must lie within `least` and `most`; the quick form asks for less, or for nothing."""
 
     name: str
     value: float
@@ -15,10 +15,13 @@ class Row:
     quick_least: float | None = None
     quick_most: float | None = None
     remark: str = ""
+    absolute: bool = False  # a figure of the machine: says nothing on one that others use
 
     def limits(self, quick):
         if not quick:
             return self.least, self.most
+        if self.absolute:
+            return None, None
         return (self.least if self.quick_least is None else self.quick_least,
                 self.most if self.quick_most is None else self.quick_most)
 
@@ -26,10 +29,15 @@ class Row:
         least, most = self.limits(quick)
         return (least is None or self.value >= least) and (most is None or self.value <= most)
 
+    def verdict(self, quick):
+        if self.limits(quick) == (None, None):
+            return "told"
+        return "reached" if self.reached(quick) else "MISSED"
+
     def wanted(self, quick):
         least, most = self.limits(quick)
         if least is None:
-            return f"at most {most:g}"
+            return "-" if most is None else f"at most {most:g}"
         return f"at least {least:g}" if most is None else f"{least:g} to {most:g}"
 
 
@@ -57,6 +65,6 @@ def table(rows, quick):
     lines = [("measure", "value", "wanted", "", "remark")]
     for row in rows:
         lines.append((row.name, f"{row.value:.3f} {row.unit}".strip(), row.wanted(quick),
-                      "reached" if row.reached(quick) else "MISSED", row.remark))
+                      row.verdict(quick), row.remark))
     widths = [max(len(line[i]) for line in lines) for i in range(4)]
     return "\n".join("  ".join(map(str.ljust, line, widths + [0])).rstrip() for line in lines)
