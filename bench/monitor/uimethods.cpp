@@ -54,6 +54,18 @@ QJsonObject describeBox(const QDialog *box)
             {"buttons", QJsonArray::fromStringList(buttonTexts(box))}};
 }
 
+QJsonObject propertiesOf(const QWidget *widget, const QJsonArray &names)
+{
+    QJsonObject properties;
+    for (const QJsonValue &name : names) {
+        if (!name.isString())
+            throw CallError(ErrorClass::Argument,
+                            QStringLiteral("properties: each is a text, the property's name"));
+        properties.insert(name.toString(), widgetProperty(widget, name.toString()));
+    }
+    return properties;
+}
+
 QByteArray pngOf(const QImage &image)
 {
     QByteArray bytes;
@@ -85,7 +97,9 @@ void UiMethods::addLooks(Dispatcher *dispatcher)
                      "root=testEntryWidget",
                      direct([this](const Arguments &arguments) { return tree(arguments); })});
     dispatcher->add({"ui.state",
-                     {object()},
+                     {object(),
+                      optional("properties", ParameterType::List,
+                               "names of further properties of the widget to tell")},
                      "One widget; a combo box or list comes with the texts of its items",
                      "object=key_gps_update",
                      direct([this](const Arguments &arguments) { return state(arguments); })});
@@ -181,6 +195,8 @@ QJsonObject UiMethods::state(const Arguments &arguments) const
     const QJsonValue items = widgetItems(widget);
     if (items.isArray())
         state.insert("items", items);
+    if (arguments.has("properties"))
+        state.insert("properties", propertiesOf(widget, arguments.list("properties")));
     return state;
 }
 

@@ -50,7 +50,7 @@ constexpr MethodRow kMethods[] = {
     {"ui.press", "object:text"},
     {"ui.release", "object:text"},
     {"ui.screenshot", "file:text? object:text?"},
-    {"ui.state", "object:text"},
+    {"ui.state", "object:text properties:list?"},
     {"ui.tree", "root:text?"},
     {"ui.type", "object:text text:text"},
     {"ui.wait", "object:text property:text value:any timeout_ms:integer[0..600000]"},

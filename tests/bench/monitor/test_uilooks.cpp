@@ -24,6 +24,7 @@ private slots:
     void stateTellsAWidget();
     void stateOfACheckedButton();
     void stateListsTheItemsOfLists();
+    void stateTellsFurtherProperties();
     void treeHoldsTheChildren();
     void treeBelowOneWidget();
 
@@ -72,6 +73,18 @@ void TestUiLooks::stateListsTheItemsOfLists()
     QCOMPARE(result("ui.state", "{'object':'combo'}").value("text"), QJsonValue("one"));
     QCOMPARE(result("ui.state", "{'object':'list'}").value("items"),
              QJsonValue(QJsonArray{"A", "B"}));
+}
+
+void TestUiLooks::stateTellsFurtherProperties()
+{
+    place<QProgressBar>(screen.get(), "bar", kButton)->setValue(40);
+    QCOMPARE(
+        result("ui.state", "{'object':'bar','properties':['value','maximum']}").value("properties"),
+        QJsonValue(json("{'value':40,'maximum':100}")));
+    QCOMPARE(error("ui.state", "{'object':'bar','properties':['volume']}"),
+             "NotFound: bar has no property volume");
+    QCOMPARE(error("ui.state", "{'object':'bar','properties':[7]}"),
+             "Argument: properties: each is a text, the property's name");
 }
 
 void TestUiLooks::treeHoldsTheChildren()
