@@ -215,6 +215,12 @@ class Calls(ABC):
         """
         return self.call("unit.emit", signal=signal)
 
+    def unit_cold_start(self) -> Result:
+        """Has the GNSS receiver forget satellites, position and time; it finds them while it
+        follows the sky.
+        """
+        return self.call("unit.cold_start")
+
     def unit_journal(self, since: int | None = None) -> Result:
         """The calls that the plug-in made of the unit, shell commands and framework events, in
         order; 'more' says that 'next' asks for a rest.
@@ -351,15 +357,6 @@ class Calls(ABC):
         """
         return self.call("receiver.dialogue", **given(since=since, entries=entries))
 
-    def receiver_flash(self, address: Address, length: int, content: bool | None = None) -> Result:
-        """Content of the flash as base64, and its SHA-256.
-
-        address: of the first byte
-        length: bytes
-        content: false: only the SHA-256
-        """
-        return self.call("receiver.flash", address=address, length=length, **given(content=content))
-
     def receiver_wait(self, phase: str, timeout_ms: int) -> Result:
         """Answers when the receiver is in the phase, or passes through it.
 
@@ -367,3 +364,51 @@ class Calls(ABC):
         timeout_ms: how long to wait, in milliseconds
         """
         return self.call("receiver.wait", phase=phase, timeout_ms=timeout_ms)
+
+    def receiver_flash(
+        self,
+        address: Address,
+        length: int,
+        content: bool | None = None,
+        package: str | None = None,
+    ) -> Result:
+        """Content of the flash as base64, and its SHA-256; with a package 'differences', the bytes
+        that are not its images'.
+
+        address: of the first byte
+        length: bytes
+        content: false: only the SHA-256
+        package: folder of an update package to compare with
+        """
+        return self.call(
+            "receiver.flash",
+            address=address,
+            length=length,
+            **given(content=content, package=package),
+        )
+
+    def receiver_flash_map(self, package: str | None = None) -> Result:
+        """The sectors that hold something or differ from the package: 'image' that wrote it last
+        since the reset, 0 for none, and how many 'times'; the package's images.
+
+        package: folder of an update package to compare with
+        """
+        return self.call("receiver.flash.map", **given(package=package))
+
+    def receiver_flash_save(self, file: str) -> Result:
+        """Writes the whole flash, 4 MiB, to a file.
+
+        file: file to write
+        """
+        return self.call("receiver.flash.save", file=file)
+
+    def receiver_flash_load(self, file: str) -> Result:
+        """Replaces the whole flash by a file.
+
+        file: of 4 MiB, as 'receiver.flash.save' writes it
+        """
+        return self.call("receiver.flash.load", file=file)
+
+    def receiver_flash_erase(self) -> Result:
+        """Erases the whole flash: every byte is 0xFF."""
+        return self.call("receiver.flash.erase")
