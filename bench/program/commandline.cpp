@@ -68,6 +68,8 @@ const Option kOptions[] = {
      "the receiver answers at once instead of at the line's rate"},
     {"trace", nullptr, nullptr, [](CommandLine *o) { return &o->trace; },
      "show the plug-in's trace on standard error"},
+    {"doctor", nullptr, nullptr, [](CommandLine *o) { return &o->doctor; },
+     "say what of this machine keeps the bench from running, and the cure"},
     {"help", nullptr, nullptr, [](CommandLine *o) { return &o->help; },
      "show this and end; also -h"},
     {"version", nullptr, nullptr, [](CommandLine *o) { return &o->version; },
@@ -220,8 +222,8 @@ std::string helpText()
           "  testmode-bench --uart /dev/ttyUSB0      the same by hand, on the update page\n"
           "  testmode-bench --monitor bench.socket   to be driven by scripts\n"
           "\nExit status: 0 done, 1 a check failed, 2 usage, 3 a named file or device is not\n"
-          "there or cannot be used, 6 the machine gives no private root, 70 a fault of the\n"
-          "bench itself.\n";
+          "there or cannot be used, 6 the machine gives no private root, or lacks something\n"
+          "that --doctor looks for, 70 a fault of the bench itself.\n";
 }
 
 } // namespace bench

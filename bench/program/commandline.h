@@ -26,6 +26,7 @@ struct CommandLine
     bool realMemory = false;        // the plug-in gets at the machine's own /dev/mem
     bool fullSpeed = false;         // the receiver answers without keeping to the line rate
     bool trace = false;             // the plug-in's trace goes to standard error
+    bool doctor = false;            // look at the machine, then end
     bool help = false;
     bool version = false;
 

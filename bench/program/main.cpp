@@ -3,6 +3,7 @@
 
 #include "appearance.h"
 #include "complaint.h"
+#include "doctor.h"
 #include "flashseveral.h"
 #include "preparation.h"
 #include "session.h"
@@ -73,6 +74,8 @@ int benchMain(int argc, char **argv)
                     options.help ? helpText().c_str() : "testmode-bench " TESTMODE_VERSION "\n");
         return kDone;
     }
+    if (options.doctor)
+        return examineMachine();
 
     RootLayout layout;
     if (!insidePrivateRoot()) {

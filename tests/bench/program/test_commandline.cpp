@@ -257,7 +257,7 @@ void TestCommandLine::helpNamesEveryOption()
           "--stand-ins",   "--attempts N",     "--format FORMAT", "--log FILE",
           "--unit FILE",   "--plugin FILE",    "--language NAME", "--pictures DIR",
           "--real-memory", "--full-speed",     "--trace",         "--help",
-          "--version",     "Examples:",        "Exit status:"})
+          "--version",     "--doctor",         "Examples:",       "Exit status:"})
         QVERIFY2(outcome.output.contains(word), word);
 }
 
