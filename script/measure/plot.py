@@ -10,6 +10,8 @@ matplotlib.rcParams["svg.hashsalt"] = "benchmark"  # the same numbers make the s
 def share_of_limit(row, quick):
     """1 is the limit itself, less is better."""
     least, most = row.limits(quick)
+    if (least, most) == (None, None):
+        return 0.0  # not judged
     if most is not None:
         return row.value / most if most else float(row.value > 0)
     return least / row.value if row.value else 2.0
