@@ -38,10 +38,10 @@ package(plugin testmode-plugin
   "Test mode of a head unit\n The plug-in that the unit's framework loads, linked with stand-in agents."
   "")
 package(bench testmode-bench
-  "Simulated head unit and GNSS receiver\n Loads the test mode's plug-in in a private root, by hand, from a terminal or by scripts."
+  "Simulated head unit and GNSS receiver\n Loads the test mode's plug-in in a private root, where a person, a\n terminal or scripts drive it."
   "testmode-plugin ${same}, bubblewrap (>= 0.8.0), fonts-wqy-microhei, fonts-dejavu-core")
 package(dev testmode-dev
-  "Headers and CMake package for a head unit's plug-ins\n The contract with the unit's client libraries, and the bench's services to link against."
+  "Headers and CMake package for a head unit's plug-ins\n The contract with the unit's client libraries, and the bench's services\n to link against."
   "testmode-bench ${same}, qtbase5-dev")
 package(python python3-testmode-bench
   "Drives the simulated head unit from Python and pytest\n A fresh unit for each test, and the evidence of those that fail."
