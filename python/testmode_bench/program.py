@@ -62,7 +62,7 @@ class Program:
                     self._words(), env=environment_without_display(), stdin=subprocess.DEVNULL,
                     stdout=said, stderr=subprocess.STDOUT)
         except BaseException:
-            self._clean_up()
+            self.remove()
             raise
 
     def connect(self) -> Connection:
@@ -103,7 +103,7 @@ class Program:
 
     def remove(self) -> None:
         """Takes the program's folder away, once it has ended and nobody wants its capsule."""
-        self._clean_up()
+        shutil.rmtree(self.folder)
 
     def _words(self) -> list[str]:
         words = [self.setup.program, "--monitor", str(self.socket)]
@@ -125,9 +125,6 @@ class Program:
         file = self.folder / "unit.json"
         file.write_text(json.dumps(self.setup.unit))
         return file
-
-    def _clean_up(self) -> None:
-        shutil.rmtree(self.folder)
 
 
 def environment_without_display() -> dict[str, str]:
