@@ -5,6 +5,7 @@
 #include "receivercall.h"
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QSaveFile>
 
 #include <cstring>
