@@ -15,6 +15,10 @@ using tests::Input;
 
 namespace {
 
+// Rests that nothing comes between. A receiver that a fault resets whenever it begins rests for
+// ever: this ends it.
+constexpr int kMostRests = 1000;
+
 // Brings bytes where they are waited for, and after them the end of the receiver's thread.
 class FuzzedLine : public bench::chip::Line
 {
@@ -25,6 +29,7 @@ public:
         piece = pieceBytes;
         pins = usedPins;
         ready = false;
+        rests = 0;
     }
 
     Event wait(int, std::optional<bench::chip::Clock::time_point> deadline, bool forBytes) override
@@ -33,7 +38,7 @@ public:
         ready = forBytes && !bytes.isEmpty();
         if (ready)
             return Event::Bytes;
-        if (!deadline) {
+        if (!deadline || ++rests > kMostRests) {
             pins->stop();
             return Event::Woken;
         }
@@ -46,6 +51,7 @@ public:
         if (!ready)
             return QByteArray();
         ready = false;
+        rests = 0;
         const QByteArray taken = bytes.left(piece);
         bytes.remove(0, piece);
         return taken;
@@ -58,6 +64,7 @@ private:
     QByteArray bytes;
     int piece = 1;
     bool ready = false;
+    int rests = 0;
     bench::chip::Pins *pins = nullptr;
 };
 
