@@ -254,7 +254,7 @@ bool isTheMarker(int descriptor)
 {
     const QByteArray entry = "/proc/self/fd/" + QByteArray::number(descriptor);
     char path[sizeof kMarker] = {};
-    return ::readlink(entry.constData(), path, sizeof path) == qstrlen(kMarker)
+    return ::readlink(entry.constData(), path, sizeof path) == ssize_t(qstrlen(kMarker))
         && qstrncmp(path, kMarker, sizeof kMarker - 1) == 0;
 }
 
