@@ -1,8 +1,12 @@
 """Processes that never outlive this one."""
 import contextlib
 import os
+import pathlib
 import signal
 import subprocess
+import time
+
+PATIENCE = 5  # seconds for a process that has been asked to end
 
 
 def command_of(words):
@@ -19,20 +23,32 @@ def start(words, **options):
 
 def end(process):
     """Asks a process and those that it has started to end, and kills what does not."""
-    if process.poll() is not None:
-        return
     _send(process, signal.SIGTERM)
-    with contextlib.suppress(subprocess.TimeoutExpired):
-        process.wait(5)
+    deadline = time.monotonic() + PATIENCE
+    while _family(process) and time.monotonic() < deadline:
+        process.poll()
+        time.sleep(0.05)
     _send(process, signal.SIGKILL)
     process.wait()
 
 
 def _send(process, number):
-    try:
-        os.killpg(process.pid, number)
-    except ProcessLookupError:  # it has no session of its own, or has ended
-        process.send_signal(number)
+    for member in _family(process):
+        with contextlib.suppress(OSError):
+            os.kill(member, number)
+
+
+def _family(process):
+    """The processes of its session, or it alone where it has none: a build gives each compiler a
+    group of its own."""
+    found = [process.pid] if process.poll() is None else []
+    for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        with contextlib.suppress(OSError):
+            state, _, _, session = stat.read_text(encoding="ascii", errors="replace").rpartition(
+                ")")[2].split()[:4]
+            if int(session) == process.pid and state != "Z":
+                found.append(int(stat.parent.name))
+    return found
 
 
 def run(words, log, **options):

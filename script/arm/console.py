@@ -16,7 +16,7 @@ FOREVER = 10**9
 LOOPBACK = "127.0.0.1"
 INSIDE = "10.0.2.15"
 VNC_PORT = 5900
-SCREEN = "1440x900"
+SCREEN = "1680x1050"
 
 
 def attach(unit):
@@ -54,14 +54,24 @@ def show(unit):
                     "setserial /dev/ttyS4 baud_base 921600", steps.BRIEF)
         bench = machine.tree / "build/armhf/bin/testmode-bench"
         # By DISPLAY the bench knows that somebody looks.
-        window = machine.start(f"DISPLAY=vnc QT_QPA_PLATFORM=vnc:port={VNC_PORT}:size={SCREEN} "
+        window = machine.start(f"DISPLAY=vnc QT_FONT_DPI=96 QT_QPA_PLATFORM=vnc:port={VNC_PORT}:size={SCREEN} "
                                f"exec '{bench}' --uart /dev/ttyS4 --stand-ins", FOREVER)
+        while not shows(port) and window.status is None:
+            machine.ended(patience=0.5)
         steps.say(f"its screen is at {LOOPBACK}:{port} for a VNC client; closing the window, or "
                   "Ctrl-C here, ends")
         status = window.wait()
         if status != 0:
             raise steps.Failed(f"the bench ended with {status}: {window.said()[-400:]}")
     return 0
+
+
+def shows(port):
+    """Whether a VNC server answers there; the emulator takes connections before there is one."""
+    with contextlib.suppress(OSError), \
+            socket.create_connection((LOOPBACK, port), timeout=5) as client:
+        return client.recv(12).startswith(b"RFB")
+    return False
 
 
 def free_port():
