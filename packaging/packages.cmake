@@ -35,16 +35,16 @@ endfunction()
 
 set(same "(= ${PROJECT_VERSION})")
 package(plugin testmode-plugin
-  "Test mode of a head unit\n The plug-in that the unit's framework loads, linked with stand-in agents."
+  "Test mode of a head unit\nThe plug-in that the unit's framework loads, linked with stand-in agents."
   "")
 package(bench testmode-bench
-  "Simulated head unit and GNSS receiver\n Loads the test mode's plug-in in a private root, where a person, a\n terminal or scripts drive it."
+  "Simulated head unit and GNSS receiver\nLoads the test mode's plug-in in a private root, where a person, a\nterminal or scripts drive it."
   "testmode-plugin ${same}, bubblewrap (>= 0.8.0), fonts-wqy-microhei, fonts-dejavu-core")
 package(dev testmode-dev
-  "Headers and CMake package for a head unit's plug-ins\n The contract with the unit's client libraries, and the bench's services\n to link against."
+  "Headers and CMake package for a head unit's plug-ins\nThe contract with the unit's client libraries, and the bench's services\nto link against."
   "testmode-bench ${same}, qtbase5-dev")
 package(python python3-testmode-bench
-  "Drives the simulated head unit from Python and pytest\n A fresh unit for each test, and the evidence of those that fail."
+  "Drives the simulated head unit from Python and pytest\nA fresh unit for each test, and the evidence of those that fail."
   "testmode-bench ${same}, python3 (>= 3.11)")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pytest, python3-pytest-xdist")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
@@ -52,6 +52,7 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 
 set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own, the first line above
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL plugin bench dev python)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
