@@ -1,6 +1,7 @@
 """The pytest plug-in as its users see it: options, fixtures, evidence."""
 import json
 import os
+import re
 import sys
 import xml.etree.ElementTree
 from pathlib import Path
@@ -140,3 +141,10 @@ def test_another_plugin_can_be_tested(run_tests, request):
             assert bench.page().text("state") == "The lamp is off"
     """, "--testmode-plugin", request.config.getoption("--testmode-lamp"))
     result.assert_outcomes(passed=1)
+
+
+@pytest.mark.parametrize("document", ["docs/pytest.md", "python/README.md"])
+def test_documents_example_passes(run_tests, document):
+    text = (Path(__file__).parents[2] / document).read_text()
+    [example] = re.findall(r"^```python\n(.*?)^```", text, re.DOTALL | re.MULTILINE)
+    run_tests(example).assert_outcomes(passed=1)
