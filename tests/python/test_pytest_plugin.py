@@ -148,3 +148,36 @@ def test_documents_example_passes(run_tests, document):
     text = (Path(__file__).parents[2] / document).read_text()
     [example] = re.findall(r"^```python\n(.*?)^```", text, re.DOTALL | re.MULTILINE)
     run_tests(example).assert_outcomes(passed=1)
+
+
+RECORDING_BENCH = """#!/bin/bash
+# The bench, but that its help names --capture, and that it writes a word there when it has ended.
+[ "$1" != --help ] || { echo '  --capture FILE  record'; exit; }
+while [ $# -gt 0 ]; do
+    if [ "$1" = --capture ]; then capsule=$2; shift; else words+=("$1"); fi
+    shift
+done
+trap 'kill "$bench"' TERM
+%s "${words[@]}" &
+bench=$!
+wait "$bench" || wait "$bench"
+status=$?
+echo recorded >"$capsule"
+exit $status
+"""
+
+
+def test_capsule_is_kept_of_a_bench_that_records(run_tests, pytester, testmode_setup):
+    program = pytester.path / "recording-bench"
+    program.write_text(RECORDING_BENCH % testmode_setup.program)
+    program.chmod(0o755)
+    result = run_tests("""
+        def test_failing(bench):
+            assert not bench.page().shows("QUIT")
+        def test_passing(bench):
+            assert bench.page().shows("QUIT")
+    """, "--testmode-bench", str(program))
+    result.assert_outcomes(passed=1, failed=1)
+    [capsule] = pytester.path.glob("testmode-capture/*/capsule")
+    assert capsule.read_text() == "recorded\n"
+    result.stdout.fnmatch_lines([f"*ATTACHMENT|{capsule}*"])
