@@ -32,7 +32,7 @@ KINDS: dict[str, Callable[[Bench], bytes]] = {
 }
 """Each file and where it comes from."""
 
-CAPSULE = "capsule"
+CAPSULE = "run.capsule"
 
 
 def keep(bench: Bench, folder: Path) -> tuple[list[Path], list[str]]:

@@ -53,7 +53,7 @@ class Program:
         # Not pytest's own folder: the name of a socket is short.
         self.folder = Path(tempfile.mkdtemp(prefix="testmode-"))
         self.socket = self.folder / "monitor"
-        self.capsule = self.folder / "capsule" if offers(setup.program, "--capture") else None
+        self.capsule = self.folder / "run.capsule" if offers(setup.program, "--capture") else None
         """What the bench records of its run, complete when it has ended; None: it cannot."""
         self._said = self.folder / "said"
         try:

@@ -77,7 +77,7 @@ def test_bench_that_has_died_leaves_what_it_said(run_tests, pytester):
     result.assert_outcomes(failed=1)
     result.stdout.fnmatch_lines(["no screen.png: *", "no journal.txt: *"])
     assert [file.name for file in pytester.path.glob("testmode-capture/*/*")
-            if file.name != "capsule"] == ["said.txt"]
+            if file.name != "run.capsule"] == ["said.txt"]
 
 
 def test_unit_and_package_are_made_to_order(run_tests, pytester):
@@ -178,6 +178,6 @@ def test_capsule_is_kept_of_a_bench_that_records(run_tests, pytester, testmode_s
             assert bench.page().shows("QUIT")
     """, "--testmode-bench", str(program))
     result.assert_outcomes(passed=1, failed=1)
-    [capsule] = pytester.path.glob("testmode-capture/*/capsule")
+    [capsule] = pytester.path.glob("testmode-capture/*/run.capsule")
     assert capsule.read_text() == "recorded\n"
     result.stdout.fnmatch_lines([f"*ATTACHMENT|{capsule}*"])
