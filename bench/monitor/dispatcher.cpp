@@ -33,9 +33,15 @@ void Dispatcher::dispatch(const QString &method, const QJsonObject &params, Repl
     const Method found = table.at(row.value());
     try {
         checkArguments(found, params);
-        emit called(method, params);
+    } catch (const CallError &error) {
+        responder.fail(error);
+        return;
+    }
+    emit called(method, params);
+    try {
         found.handler(Call{Arguments(params), responder, client});
     } catch (const CallError &error) {
+        emit refused(method, error.message());
         responder.fail(error);
     } catch (const std::exception &fault) {
         responder.fail(

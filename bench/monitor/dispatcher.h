@@ -52,6 +52,9 @@ signals:
     // it.
     void called(const QString &method, const QJsonObject &params);
 
+    // That call was of no use at once: it could not be done.
+    void refused(const QString &method, const QString &message);
+
     void eventHappened(const QString &name, const QJsonObject &params);
     void quitRequested();
 

@@ -22,7 +22,8 @@ namespace chip {
 
 void Dialogue::add(DialogueLine line)
 {
-    line.length = line.bytes.size();
+    const QByteArray frame = line.bytes;
+    line.length = frame.size();
     line.bytes.truncate(kShownBytes);
     {
         const QMutexLocker lock(&mutex);
@@ -30,7 +31,7 @@ void Dialogue::add(DialogueLine line)
         log.append(line);
     }
     if (onLine)
-        onLine(line);
+        onLine(line, frame);
 }
 
 QVector<DialogueLine> Dialogue::lines(int since) const

@@ -16,8 +16,8 @@ class Dialogue
 public:
     static constexpr int kShownBytes = 64; // of a frame
 
-    // Called in the receiver's thread, with the line as it is kept.
-    std::function<void(const DialogueLine &line)> onLine;
+    // Called in the receiver's thread, with the line as it is kept and the whole frame.
+    std::function<void(const DialogueLine &line, const QByteArray &frame)> onLine;
 
     // Numbers the line and keeps the beginning of its bytes; `line.length` is filled in.
     void add(DialogueLine line);

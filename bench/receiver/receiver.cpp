@@ -28,7 +28,9 @@ Receiver::Receiver(QObject *parent) : QObject(parent), parts(std::make_unique<Pa
     chip.logbook.onImage = [this](int number, const WrittenImage &image) {
         emit imageChanged(number, image);
     };
-    chip.dialogue.onLine = [this](const DialogueLine &line) { emit lineAdded(line); };
+    chip.dialogue.onLine = [this](const DialogueLine &line, const QByteArray &frame) {
+        emit lineAdded(line, frame);
+    };
     chip.flash.onWritten = [this](quint32 address, quint32 length, int image) {
         emit flashWritten(address, length, image);
     };

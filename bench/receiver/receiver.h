@@ -67,9 +67,9 @@ signals:
     void phaseChanged(const QString &phase);
     void anomalyFound(const QString &text);
     void baudChanged(int baud, int hostBaud);
-    void lineAdded(const bench::DialogueLine &line);                  // to the dialogue
-    void imageChanged(int number, const bench::WrittenImage &image);  // begun, or complete
-    void flashWritten(quint32 address, quint32 length, int image);    // image 0: setFlash()
+    void lineAdded(const bench::DialogueLine &line, const QByteArray &frame); // of the dialogue
+    void imageChanged(int number, const bench::WrittenImage &image);          // begun, or complete
+    void flashWritten(quint32 address, quint32 length, int image);            // image 0: setFlash()
     void faultStruck(int number, const bench::FaultReport &lastDeed); // number: from 0, in the list
 
 private:
