@@ -39,7 +39,7 @@ package(plugin testmode-plugin
   "")
 package(bench testmode-bench
   "Simulated head unit and GNSS receiver\nLoads the test mode's plug-in in a private root, where a person, a\nterminal or scripts drive it."
-  "testmode-plugin ${same}, bubblewrap (>= 0.8.0), fonts-wqy-microhei, fonts-dejavu-core")
+  "testmode-plugin ${same}, bubblewrap (>= 0.8.0), fonts-wqy-microhei, fonts-dejavu-core, libqt5sql5-sqlite")
 package(dev testmode-dev
   "Headers and CMake package for a head unit's plug-ins\nThe contract with the unit's client libraries, and the bench's services\nto link against."
   "testmode-bench ${same}, qtbase5-dev")

@@ -60,7 +60,10 @@ void FlashRun::run()
                 {"text", why},
                 {"said", ""}});
     }
-    report({{"kind", "result"}, {"ok", good}, {"attempts", attempts}, {"log", order.log}});
+    Event result{{"kind", "result"}, {"ok", good}, {"attempts", attempts}, {"log", order.log}};
+    if (!good && !order.capsule.isEmpty())
+        result.insert(QStringLiteral("capsule"), order.capsule);
+    report(result);
 }
 
 void FlashRun::openPage()

@@ -21,6 +21,7 @@ struct FlashOrder
     QString package;  // folder, for the report
     QString log;      // an existing file that takes the whole trace
     int attempts = 1; // at most
+    QString capsule;  // that a flash that fails leaves; empty: none
 };
 
 // Flashes one receiver through the update page, by the monitor's calls, and tells how it

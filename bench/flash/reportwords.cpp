@@ -35,10 +35,11 @@ QString resultLine(const Event &result)
     const int attempts = result.value("attempts").toInt();
     const bool ok = result.value("ok").toBool();
     QString line = ok ? QStringLiteral("succeeded") : QStringLiteral("NOT flashed");
-    if (attempts < 2)
-        return line;
-    return line
-        + (ok ? QStringLiteral(" in attempt %1") : QStringLiteral(" in %1 attempts")).arg(attempts);
+    if (attempts > 1)
+        line += (ok ? QStringLiteral(" in attempt %1") : QStringLiteral(" in %1 attempts"))
+                    .arg(attempts);
+    const QString capsule = result.value("capsule").toString();
+    return capsule.isEmpty() ? line : line + QStringLiteral("; capsule ") + capsule;
 }
 
 // The whole, and below it each that was not flashed.

@@ -156,7 +156,8 @@ void SideBySide::summarise()
                                      {"ok", ok},
                                      {"attempts", line.result.value("attempts")},
                                      {"text", ok ? QString() : line.failure},
-                                     {"log", line.result.value("log")}});
+                                     {"log", line.result.value("log")},
+                                     {"capsule", line.result.value("capsule")}});
     }
     report->take(Report::kAll,
                  {{"kind", "summary"},

@@ -52,6 +52,12 @@ const Option kOptions[] = {
     {"log", "FILE", [](CommandLine *o) { return &o->log; }, nullptr,
      "with --flash: the trace goes to the end of FILE; default: a new\n"
      "file in ~/.local/state/testmode-bench"},
+    {"capture", "FILE", [](CommandLine *o) { return &o->capture; }, nullptr,
+     "write all that happens into FILE, a capsule; without it --flash and\n"
+     "--tour leave one that fails in ~/.local/state/testmode-bench/capsules"},
+    {"replay", "FILE", [](CommandLine *o) { return &o->replay; }, nullptr,
+     "repeat what was done in a capsule, tell the first difference, and end:\n"
+     "0 the same verdict, 1 another"},
     {"unit", "FILE", [](CommandLine *o) { return &o->unit; }, nullptr,
      "the simulated unit's state at the start (JSON)"},
     {"plugin", "FILE", [](CommandLine *o) { return &o->plugin; }, nullptr,
@@ -85,6 +91,11 @@ std::string contradiction(const CommandLine &options)
         return "--flash and --tour exclude each other; choose one";
     if (!options.language.empty() && !options.tour.empty())
         return "--tour compares the pages' own texts; leave --language out";
+    const bool names = options.flash || !options.tour.empty() || !options.package.empty()
+        || !options.unit.empty() || !options.uarts.empty() || !options.usb[0].empty()
+        || !options.usb[1].empty() || options.fullSpeed;
+    if (!options.replay.empty() && names)
+        return "--replay takes all that a run needs from its capsule; leave the other options out";
     if (!options.flash
         && (!options.log.empty() || !options.format.empty() || !options.attempts.empty()))
         return "--attempts, --format and --log need --flash";
@@ -211,7 +222,7 @@ std::string helpText()
         }
     }
     return text
-        + "\nWithout a display, --flash, --tour or --monitor is needed.\n"
+        + "\nWithout a display, --flash, --tour, --monitor or --replay is needed.\n"
           "\nExamples:\n"
           "  testmode-bench                          the unit on the screen, to be used by hand\n"
           "  testmode-bench --tour pictures          prove the whole and leave pictures\n"
@@ -221,6 +232,7 @@ std::string helpText()
           "                                          update a real receiver from the terminal\n"
           "  testmode-bench --uart /dev/ttyUSB0      the same by hand, on the update page\n"
           "  testmode-bench --monitor bench.socket   to be driven by scripts\n"
+          "  testmode-bench --replay night.capsule   what happened there, once more\n"
           "\nExit status: 0 done, 1 a check failed, 2 usage, 3 a named file or device is not\n"
           "there or cannot be used, 6 the machine gives no private root, or lacks something\n"
           "that --doctor looks for, 70 a fault of the bench itself.\n";

@@ -20,6 +20,8 @@ struct CommandLine
     std::string log;                // of --flash: file that takes the trace
     std::string format;             // of --flash: "text" or "json"
     std::string attempts;           // of --flash: how often at most an update is tried
+    std::string capture;            // file that takes the whole run
+    std::string replay;             // capsule whose inputs are repeated
     std::vector<std::string> uarts; // real serial devices in place of the simulated receiver
     bool standIns = false;          // the real receiver is a simulated one after all
     bool flash = false;             // update the receiver, then end
@@ -35,7 +37,7 @@ struct CommandLine
     // 0: no number of attempts.
     int attemptCount() const;
     // Somebody other than a person at the window drives the bench.
-    bool isDriven() const { return flash || !tour.empty() || !monitor.empty(); }
+    bool isDriven() const { return flash || !tour.empty() || !monitor.empty() || !replay.empty(); }
 };
 
 // Reads the words of the command line. False, with one line that names the word and

@@ -14,11 +14,11 @@ namespace bench {
 namespace {
 
 // `run.log` of the receiver on /dev/ttyUSB0 is `run-ttyUSB0.log`.
-std::string logOf(const std::string &uart, const std::string &log)
+std::string fileOf(const std::string &uart, const std::string &file)
 {
-    if (log.empty())
-        return log;
-    const std::filesystem::path path = log;
+    if (file.empty())
+        return file;
+    const std::filesystem::path path = file;
     const std::string name = path.stem().string() + "-"
         + std::filesystem::path(uart).filename().string() + path.extension().string();
     return path.parent_path() / name;
@@ -28,7 +28,8 @@ SideBySide::Order orderFor(const std::string &uart, CommandLine options)
 {
     options.uarts = {uart};
     options.format = "json";
-    options.log = logOf(uart, options.log);
+    options.log = fileOf(uart, options.log);
+    options.capture = fileOf(uart, options.capture);
     QStringList words;
     for (const std::string &word : commandLineWords(options))
         words << QString::fromLocal8Bit(word.c_str());

@@ -36,7 +36,7 @@ int prepare(CommandLine *options, RootLayout *layout)
 
 int runInside(const CommandLine &options)
 {
-    if (options.flash)
+    if (options.flash || !options.replay.empty())
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1); // nothing is to be seen
     choosePlatform();
     char name[] = "testmode-bench";

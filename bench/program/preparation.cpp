@@ -2,6 +2,7 @@
 
 #include "appearance.h"
 
+#include "bench/capsule/format.h"
 #include "bench/serial/agents.h"
 #include "bench/serial/resetline.h"
 #include "bench/serial/serialdevice.h"
@@ -148,6 +149,59 @@ std::string defaultLogFile(const std::string &uart)
     return stateFolder() / (std::string("flash-") + time + "-" + receiver + ".log");
 }
 
+// Each bench of a second has a name of its own.
+std::string defaultCapsule(const CommandLine &options)
+{
+    char time[32];
+    const std::time_t now = std::time(nullptr);
+    std::strftime(time, sizeof time, "%Y%m%d-%H%M%S", std::localtime(&now));
+    const std::string receiver =
+        options.uarts.empty() ? "simulated" : fs::path(options.uart()).filename().string();
+    return fs::path(capsuleFolder())
+        / ((options.flash ? "flash-" : "tour-") + std::string(time) + "-" + receiver + "-"
+           + std::to_string(::getpid()) + ".capsule");
+}
+
+// A capsule that is there makes room; nothing else ever does.
+std::string captureFile(const std::string &path)
+{
+    std::error_code error;
+    const std::string folder = fs::path(path).parent_path().string();
+    if (!fs::is_directory(folder, error))
+        return about("capture", folder) + " is no folder; make it, or name another";
+    if (fs::exists(path, error)) {
+        if (!capsuleTrouble(path).empty())
+            return about("capture", path) + " is there and no capsule; name another file";
+        fs::remove(path, error);
+        if (error)
+            return about("capture", path) + " cannot be replaced (" + error.message()
+                + "); name another file";
+    }
+    return writableFolder("capture", folder);
+}
+
+// What SQLite keeps beside a capsule whose bench was killed in the middle of a write.
+std::string journalOf(const std::string &capsule)
+{
+    return capsule + "-journal";
+}
+
+// A capsule that can be read whole.
+std::string readableCapsule(const char *option, const std::string &path)
+{
+    std::error_code ignored;
+    const std::string trouble = capsuleTrouble(path);
+    if (!trouble.empty())
+        return std::string("--") + option + ": " + trouble;
+    const std::string folder = fs::path(path).parent_path().string();
+    if (fs::exists(journalOf(path), ignored)
+        && (belongsToRoot(folder) || ::access(folder.c_str(), W_OK | X_OK) != 0
+            || ::access(path.c_str(), W_OK) != 0))
+        return about(option, path) + " was cut off in the middle of a write; copy it with the file "
+            + journalOf(path) + " to a folder that you may write";
+    return std::string();
+}
+
 // Made if it is not there yet, with its folder.
 std::string logFile(const std::string &path)
 {
@@ -239,7 +293,7 @@ void fillInDefaults(CommandLine *options)
         options->language =
             prefix + "/share/testmode/translations/testmode_" + options->language + kCatalogue;
     const std::string sample = prefix + "/share/headunit/package";
-    if (options->package.empty() && fs::exists(sample))
+    if (options->package.empty() && options->replay.empty() && fs::exists(sample))
         options->package = sample;
     if (options->flash && options->log.empty())
         options->log = defaultLogFile(options->uart());
@@ -271,6 +325,10 @@ std::string checkInputs(const CommandLine &options)
         trouble = pictureFolder("tour", options.tour); // nothing is made for a start that fails
     if (trouble.empty() && !options.pictures.empty())
         trouble = pictureFolder("pictures", options.pictures);
+    if (trouble.empty() && !options.replay.empty())
+        trouble = readableCapsule("replay", options.replay);
+    if (trouble.empty() && !options.capture.empty())
+        trouble = captureFile(options.capture);
     return trouble;
 }
 
@@ -281,7 +339,38 @@ std::string windowFolder()
     return stateFolder() / "window";
 }
 
+std::string capsuleFolder()
+{
+    return stateFolder() / "capsules";
+}
+
 namespace {
+
+// A failure that nobody expects leaves its capsule all the same, where there is room for it.
+void captureFailures(CommandLine *options)
+{
+    std::error_code error;
+    if (!options->capture.empty() || (!options->flash && options->tour.empty())
+        || belongsToRoot(capsuleFolder()))
+        return;
+    fs::create_directories(capsuleFolder(), error);
+    if (!error && ::access(capsuleFolder().c_str(), W_OK | X_OK) == 0)
+        options->capture = defaultCapsule(*options);
+}
+
+// SQLite keeps a journal beside the file that it writes, or brings to its last whole state.
+void showCapsules(const CommandLine &options, RootLayout *layout)
+{
+    std::error_code ignored;
+    if (!options.capture.empty())
+        layout->writable.push_back(fs::path(options.capture).parent_path().string());
+    if (options.replay.empty())
+        return;
+    if (fs::exists(journalOf(options.replay), ignored))
+        layout->writable.push_back(fs::path(options.replay).parent_path().string());
+    else
+        layout->readOnly.push_back({options.replay, options.replay});
+}
 
 // Without the folder the layout is not kept; the window opens all the same.
 bool madeWindowFolder(const CommandLine &options)
@@ -300,7 +389,8 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
     fillInDefaults(options);
     for (std::string *path :
          {&options->tour, &options->pictures, &options->log, &options->monitor, &options->package,
-          &options->usb[0], &options->usb[1], &options->unit, &options->plugin, &options->language})
+          &options->usb[0], &options->usb[1], &options->unit, &options->plugin, &options->language,
+          &options->capture, &options->replay})
         *path = path->empty() ? *path : absolute(*path);
     for (std::string &uart : options->uarts) {
         std::error_code missing;
@@ -313,6 +403,8 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
         *error = logFile(options->log);
     if (!error->empty())
         return false;
+
+    captureFailures(options);
 
     layout->supervised = true;
     layout->realMemory = options->realMemory;
@@ -336,6 +428,7 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error)
         layout->writable.push_back(options->log);
     else if (madeWindowFolder(*options))
         layout->writable.push_back(windowFolder());
+    showCapsules(*options, layout);
     if (!options->monitor.empty())
         layout->writable.push_back(fs::path(options->monitor).parent_path().string());
     return true;

@@ -16,4 +16,7 @@ bool prepareRoot(CommandLine *options, RootLayout *layout, std::string *error);
 // Where the operator's window keeps its layout; the same inside of the root.
 std::string windowFolder();
 
+// Where a run that fails leaves its capsule when no file is named; the same inside of the root.
+std::string capsuleFolder();
+
 } // namespace bench

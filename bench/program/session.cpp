@@ -4,6 +4,8 @@
 #include "complaint.h"
 #include "preparation.h"
 
+#include "bench/capsule/recorder.h"
+#include "bench/capsule/replayer.h"
 #include "bench/flash/flashrun.h"
 #include "bench/flash/report.h"
 #include "bench/flash/terminal.h"
@@ -35,6 +37,9 @@ namespace {
 
 const QString kUart = QStringLiteral("/dev/ttyS4");
 
+// Where a replay is recorded when nobody wants to keep it: gone with the private root.
+constexpr char kReplayed[] = "/run/replayed.capsule";
+
 } // namespace
 
 Session::Session(const CommandLine &commandLine)
@@ -53,7 +58,7 @@ int Session::run()
 {
     unit().powerOn();
     for (const auto step : {&Session::attachReceiver, &Session::loadPlugin, &Session::loadUnitState,
-                            &Session::listen}) {
+                            &Session::startCapture, &Session::listen}) {
         const int status = (this->*step)();
         if (status != kDone)
             return status;
@@ -62,9 +67,11 @@ int Session::run()
     showScreen();
     startTour();
     startFlash();
+    startReplay();
 
-    const int status = QApplication::exec();
-    if ((tour && tour->isRunning()) || (flash && flash->isRunning()))
+    const int status = finishCapture(QApplication::exec());
+    if ((tour && tour->isRunning()) || (flash && flash->isRunning())
+        || (replayer && replayer->isRunning()))
         leaveDriverBehind(status);
     return status;
 }
@@ -171,6 +178,72 @@ void Session::attachNamedFolders()
     }
 }
 
+// Before anything is shown: what the unit is then, and all that follows.
+int Session::startCapture()
+{
+    if (!options.replay.empty()) {
+        replayer = std::make_unique<Replayer>(dispatcher.get(), host.screen());
+        const std::string trouble =
+            replayer->load(QString::fromStdString(options.replay), &document).toStdString();
+        if (!trouble.empty())
+            return complain("--replay: " + trouble, kNotThere);
+        if (options.capture.empty())
+            options.capture = kReplayed;
+    }
+    if (options.capture.empty())
+        return kDone;
+    recorder = std::make_unique<Recorder>(
+        QString::fromStdString(options.capture),
+        [](const QString &trouble) { remark("--capture: " + trouble.toStdString()); });
+    Recorder::Sources sources;
+    sources.parts = parts;
+    sources.dispatcher = dispatcher.get();
+    sources.document = &document;
+    for (const std::string &word : commandLineWords(options))
+        sources.arguments << QString::fromStdString(word);
+    if (!options.package.empty() || replayer)
+        sources.package = QLatin1String(kPackageFolder);
+    const std::string trouble = recorder->start(sources).toStdString();
+    if (trouble.empty())
+        return kDone;
+    recorder.reset();
+    if (!capturesFailuresOnly())
+        return complain("--capture: " + trouble, kNotThere);
+    remark("no capsule: " + trouble);
+    return kDone;
+}
+
+// Nobody has asked for it: it is kept where the run fails.
+bool Session::capturesFailuresOnly() const
+{
+    return options.capture.rfind(capsuleFolder() + '/', 0) == 0;
+}
+
+// What a run that fails leaves behind.
+QString Session::evidence() const
+{
+    return recorder ? QString::fromStdString(options.capture) : QString();
+}
+
+int Session::finishCapture(int status)
+{
+    if (!recorder)
+        return status;
+    recorder->beginEnd();
+    endWindow();
+    const bool whole = recorder->finish(status);
+    if (capturesFailuresOnly()) {
+        if (status == kDone)
+            recorder->forget();
+        return status;
+    }
+    if (!whole)
+        return status == kDone ? kNotThere : status;
+    return replayer && !replayer->isRunning()
+        ? replayer->compare(QString::fromStdString(options.capture))
+        : status;
+}
+
 int Session::listen()
 {
     if (options.monitor.empty())
@@ -207,7 +280,8 @@ void Session::startTour()
 {
     if (options.tour.empty())
         return;
-    tour = std::make_unique<Tour>(dispatcher.get(), QString::fromStdString(options.tour));
+    tour = std::make_unique<Tour>(dispatcher.get(),
+                                  TourOrder{QString::fromStdString(options.tour), evidence()});
     connect(tour.get(), &Tour::finished, this, [this] {
         tour->wait();
         QCoreApplication::exit(tour->failures() == 0 ? kDone : kCheckFailed);
@@ -221,9 +295,9 @@ void Session::startFlash()
     if (!options.flash)
         return;
     ::signal(SIGPIPE, SIG_IGN); // an update goes on though nobody reads of it any more
-    const FlashOrder order = {QString::fromStdString(options.uart()),
-                              QString::fromStdString(options.package),
-                              QString::fromStdString(options.log), options.attemptCount()};
+    const FlashOrder order = {
+        QString::fromStdString(options.uart()), QString::fromStdString(options.package),
+        QString::fromStdString(options.log), options.attemptCount(), evidence()};
     report = makeReport({takeStandardOutput(), {order.uart}, options.format == "json"});
     flash = std::make_unique<FlashRun>(dispatcher.get(), order,
                                        [this](const Event &event) { report->take(0, event); });
@@ -234,11 +308,30 @@ void Session::startFlash()
     flash->start();
 }
 
-// It waits in its thread for an answer that nobody gives any more.
-void Session::leaveDriverBehind(int status)
+// So does what is repeated; what it came to is compared at the end.
+void Session::startReplay()
+{
+    if (!replayer)
+        return;
+    connect(replayer.get(), &Replayer::finished, this, [this] {
+        replayer->wait();
+        QCoreApplication::exit(kDone);
+    });
+    replayer->start(recorder.get());
+}
+
+// The page's update comes to its end with it.
+void Session::endWindow()
 {
     host.destroyWindow();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+// It waits in its thread for an answer that nobody gives any more.
+void Session::leaveDriverBehind(int status)
+{
+    endWindow();
+    recorder.reset();
     std::fflush(nullptr);
     ::_exit(status);
 }
@@ -259,7 +352,7 @@ void Session::end()
         flash->askToStop();
         return;
     }
-    QCoreApplication::exit(options.tour.empty() ? kDone : kCheckFailed);
+    QCoreApplication::exit(options.tour.empty() && options.replay.empty() ? kDone : kCheckFailed);
 }
 
 } // namespace bench

@@ -20,6 +20,8 @@ namespace bench {
 
 class FlashRun;
 class OperatorWindow;
+class Recorder;
+class Replayer;
 class Report;
 class ResetLine;
 class ResetPrompt;
@@ -44,6 +46,7 @@ private:
     int attachReceiver();
     int loadPlugin();
     int loadUnitState();
+    int startCapture();
     int listen();
 
     int attachResetLine();
@@ -53,6 +56,11 @@ private:
     void showScreen();
     void startTour();
     void startFlash();
+    void startReplay();
+    bool capturesFailuresOnly() const;
+    QString evidence() const;
+    int finishCapture(int status);
+    void endWindow();
     [[noreturn]] void leaveDriverBehind(int status);
     void end();
 
@@ -60,6 +68,7 @@ private:
     TraceLog trace;
     Receiver receiver;
     QTranslator catalogue;
+    std::unique_ptr<Recorder> recorder; // the host's end is part of the run
     Host host;
     UnitDocument document;
     Bench parts;
@@ -68,6 +77,7 @@ private:
     std::unique_ptr<Tour> tour;
     std::unique_ptr<Report> report; // of the flash
     std::unique_ptr<FlashRun> flash;
+    std::unique_ptr<Replayer> replayer;
     std::unique_ptr<ResetLine> resetLine;     // of a real receiver
     std::unique_ptr<ResetPrompt> resetPrompt; // where no line drives it
     std::unique_ptr<OperatorWindow> operatorWindow;

@@ -44,8 +44,9 @@ QString journalLine(const QJsonObject &entry)
 
 } // namespace
 
-Tour::Tour(Dispatcher *dispatcher, const QString &folder, QObject *parent)
-    : QThread(parent), caller(dispatcher), pictures(folder), output(takeStandardOutput())
+Tour::Tour(Dispatcher *dispatcher, const TourOrder &order, QObject *parent)
+    : QThread(parent), caller(dispatcher), pictures(order.pictures), capsule(order.capsule),
+      output(takeStandardOutput())
 {
 }
 
@@ -69,11 +70,14 @@ void Tour::run()
     systemTools();
     microphone();
     quit();
-    print(QStringLiteral("%1 steps, %2 failed, %3 s; pictures in %4")
-              .arg(steps)
-              .arg(failedSteps)
-              .arg(secondsOf(clock), 0, 'f', 1)
-              .arg(pictures));
+    QString end = QStringLiteral("%1 steps, %2 failed, %3 s; pictures in %4")
+                      .arg(steps)
+                      .arg(failedSteps)
+                      .arg(secondsOf(clock), 0, 'f', 1)
+                      .arg(pictures);
+    if (failedSteps > 0 && !capsule.isEmpty())
+        end += QStringLiteral("; capsule ") + capsule;
+    print(end);
 }
 
 void Tour::step(const QString &done, const std::function<QString()> &act)

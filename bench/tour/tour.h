@@ -13,6 +13,12 @@
 
 namespace bench {
 
+struct TourOrder
+{
+    QString pictures; // an existing folder
+    QString capsule;  // that a tour that fails leaves; empty: none
+};
+
 // The guided run: opens every page by real clicks, uses each, flashes the package
 // through the update page and compares the receiver's flash with the files. Prints one
 // line a step and leaves a picture of every page. Runs in a thread of its own and
@@ -22,8 +28,8 @@ class Tour : public QThread
     Q_OBJECT
 
 public:
-    // `pictures` is an existing folder. The dispatcher outlives the tour.
-    Tour(Dispatcher *dispatcher, const QString &pictures, QObject *parent = nullptr);
+    // The dispatcher outlives the tour.
+    Tour(Dispatcher *dispatcher, const TourOrder &order, QObject *parent = nullptr);
 
     // After the end of the thread: steps that failed.
     int failures() const { return failedSteps; }
@@ -79,7 +85,8 @@ private:
     QString imageRate();
 
     Caller caller;
-    QString pictures;
+    const QString pictures;
+    const QString capsule;
     std::FILE *output; // the process's standard output
     QElapsedTimer clock;
     int steps = 0;

@@ -20,7 +20,7 @@ SYSROOT = ["libc6-dev", "libqt5serialport5-dev", "libstdc++-12-dev", "linux-libc
 MACHINE = [
     "linux-image-armmp", "bash", "busybox-static", "coreutils", "grep", "kmod", "libc-bin", "mount",
     "procps", "sed", "setserial", "util-linux",
-    "libqt5network5", "libqt5serialport5", "libqt5test5", "libqt5widgets5",
+    "libqt5network5", "libqt5serialport5", "libqt5sql5-sqlite", "libqt5test5", "libqt5widgets5",
     "fonts-dejavu-core", "fonts-dejavu-extra", "fonts-wqy-microhei",
     "bubblewrap",  # the bench's private root
     "binutils",  # test_pluginmodule reads symbols
