@@ -20,17 +20,16 @@ def configure(tree, folder, preset):
 class Build:
     """Targets of a configured preset, being built; the compiler's output goes to a log."""
 
-    def __init__(self, tree, folder, preset, *targets):
+    def __init__(self, tree, folder, preset, *targets, niceness=0):
         self.log = folder / f"build-{preset}.log"
-        # What is checked meanwhile comes first.
-        self.words = ["nice", "cmake", "--build", "--preset", preset,
+        self.words = ["nice", "-n", niceness, "cmake", "--build", "--preset", preset,
                       "--parallel", os.cpu_count(), "--target", *targets]
         with open(self.log, "wb") as output:
             self.process = children.start(self.words, cwd=tree, stdout=output,
                                           stderr=subprocess.STDOUT)
 
     def finish(self):
-        children.finish(self.process, self.words[1:], self.log)
+        children.finish(self.process, self.words[3:], self.log)
 
     def __enter__(self):
         return self

@@ -77,7 +77,8 @@ class Unit:
     def tests(self):
         """The other machines come first: what the tests take is processor time."""
         chosen = tests.chosen(self.tree)
-        with build.Build(self.tree, self.results, "armhf", *(test.name for test in chosen)) as building, \
+        with build.Build(self.tree, self.results, "armhf", *(test.name for test in chosen),
+                         niceness=10) as building, \
                 tests.OnPC(self.tree, self.results / "on-pc.txt") as on_pc:
             with self.run.preparing("tests for the machine", 2 * LONGEST):
                 building.finish()

@@ -105,7 +105,7 @@ class OnPC:
         self.log = log
         with open(log, "wb") as output:
             self.process = children.start(
-                ["nice", "-n", "19", "ctest", "--test-dir", tree / "build/armhf",
+                ["nice", "-n", "15", "ctest", "--test-dir", tree / "build/armhf",
                  "-R", f"^({'|'.join(ON_PC)})$", "--no-tests=error", "--output-on-failure"],
                 stdout=output, stderr=subprocess.STDOUT)
 
