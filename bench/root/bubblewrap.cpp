@@ -112,13 +112,13 @@ Words rootCommand(const RootLayout &layout)
         add(&words, {"--ro-bind", "/var/cache/fontconfig", "/var/cache/fontconfig"});
     addDisplay(&words);
     add(&words, {"--ro-bind", prefix, prefix});
-    addCounters(&words);
     for (const std::string &folder : layout.writable)
         add(&words, {"--bind", folder, folder});
     for (const RootLayout::Mount &mount : layout.readOnly)
         add(&words, {"--ro-bind", mount.source, mount.target});
     if (!layout.uart.empty())
         add(&words, {"--dev-bind", layout.uart, "/dev/ttyS4"});
+    addCounters(&words); // last: what is read-only may be a folder around them
     if (layout.realMemory)
         add(&words, {"--dev-bind", "/dev/mem", "/dev/mem"});
     const char *path = std::getenv("PATH");
