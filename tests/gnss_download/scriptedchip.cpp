@@ -144,6 +144,8 @@ void ScriptedChip::give(uint8_t *buffer, uint32_t count, quint32 polls)
     }
     if (given == 0) {
         unanswered << polls;
+        values << QString::fromLatin1(
+            QByteArray(reinterpret_cast<const char *>(buffer), static_cast<int>(count)).toHex());
         if (takesTime)
             QThread::msleep(polls);
     }

@@ -43,6 +43,8 @@ public:
 
     QByteArray sent() const;
     QVector<quint32> unansweredPolls() const { return unanswered; }
+    // What was in the reader's variable where no answer came, in hex: the transport traces it.
+    QStringList unansweredValues() const { return values; }
     QStringList lineEvents() const { return events; }
 
 private:
@@ -67,6 +69,7 @@ private:
     mutable QMutex mutex; // of record
     QByteArray record;
     QVector<quint32> unanswered;
+    QStringList values;
     QStringList events;
     QStringList complaints;
 };

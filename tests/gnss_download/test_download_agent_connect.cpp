@@ -586,6 +586,8 @@ void TestDownloadAgentConnect::disconnect()
              QStringList({"signal hdl_uart_get_byte(, 3000)",
                           QString("hdl_disconnect disconnect_type=%1").arg(type),
                           "signal hdl_uart_get_byte(, 3000)", "signal hdl_uart_deinit(, 0)"}));
+    if (answer.isEmpty())
+        QCOMPARE(link.chip.unansweredValues(), QStringList("00"));
 }
 
 void TestDownloadAgentConnect::watchdogArgumentIsAWord()

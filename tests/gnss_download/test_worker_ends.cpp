@@ -41,6 +41,8 @@ private slots:
     void updateThatIsWritingFinishes_data();
     void updateThatIsWritingFinishes();
     void refusalWithoutEndIsBounded();
+    void refusalWithoutEndIsBoundedInTime_data();
+    void refusalWithoutEndIsBoundedInTime();
     void busyWithoutEndIsBounded();
     void emptyImageIsGivenUp();
     void endOfTheApplicationWaitsForTheUpdate();
@@ -126,6 +128,33 @@ void TestWorkerEnds::refusalWithoutEndIsBounded()
     QCOMPARE(results.first(), QVariantList({"/dev/ttyS4", false}));
     QCOMPARE(packetsIn(link.chip.sent()), 500 + 100);
     QVERIFY(link.chip.sent().endsWith(tests::bytesOf("A5 D9 00")));
+}
+
+void TestWorkerEnds::refusalWithoutEndIsBoundedInTime_data()
+{
+    QTest::addColumn<int>("packetTakes"); // milliseconds
+    QTest::addColumn<int>("packets");     // until they took more than 5000 after the first
+    QTest::newRow("at 5001") << 1667 << 1 + 3;
+    QTest::newRow("not yet at 5000") << 100 << 1 + 51;
+}
+
+void TestWorkerEnds::refusalWithoutEndIsBoundedInTime()
+{
+    QFETCH(int, packetTakes);
+    QFETCH(int, packets);
+    Link link(goodDialogue().before("bootloader.bin packet 1"));
+    link.chip.repeat(Dialogue().host("B0 FF*4095").chip("5A A5", 300).chip("00 00 00 07"));
+    interruptAt(&link.worker, 1);
+    connect(
+        &link.worker, &ugrade_thread::hdl_uart_put_byte_buffer, this,
+        [packetTakes](uint8_t *, uint32_t length) {
+            if (length == 4096)
+                QThread::msleep(static_cast<unsigned long>(packetTakes));
+        },
+        Qt::DirectConnection);
+    link.worker.start();
+    QVERIFY(link.worker.wait());
+    QCOMPARE(packetsIn(link.chip.sent()), packets);
 }
 
 void TestWorkerEnds::busyWithoutEndIsBounded()
