@@ -4,11 +4,31 @@
 
 #include <QPointer>
 
+#include <utility>
+
 namespace bench {
 
-Calls::Calls(Dispatcher *destination, QObject *parent) : QObject(parent), dispatcher(destination)
+Calls::Calls(Dispatcher *destination, QObject *parent)
+    : QObject(parent), dispatcher(destination), frame(this, [this] { tellChanges(); })
 {
-    connect(dispatcher, &Dispatcher::eventHappened, this, &Calls::happened);
+    connect(dispatcher, &Dispatcher::eventHappened, this, &Calls::hear);
+}
+
+void Calls::hear(const QString &event, const QJsonObject &params)
+{
+    if (event == QLatin1String("unit.changed")) {
+        news.insert(params["path"].toString(), params["value"]);
+        frame.ask();
+    }
+    emit happened(event, params);
+}
+
+void Calls::tellChanges()
+{
+    const QMap<QString, QJsonValue> told = std::exchange(news, {});
+    for (auto change = told.begin(); change != told.end(); ++change)
+        emit changed(change.key(), change.value());
+    emit allTold();
 }
 
 void Calls::make(const QString &method, const QJsonObject &params, QObject *context, Then then)

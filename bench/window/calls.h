@@ -1,6 +1,9 @@
 #pragma once
 
+#include "frame.h"
+
 #include <QJsonObject>
+#include <QMap>
 #include <QObject>
 #include <QString>
 
@@ -33,10 +36,19 @@ public:
 
 signals:
     void happened(const QString &event, const QJsonObject &params);
+
+    // A value of the unit is another one: with a frame, however often it has changed within.
+    void changed(const QString &path, const QJsonValue &value);
+    void allTold();                      // what changed within that frame
     void failed(const QString &message); // a call that was made, in words for the operator
 
 private:
+    void hear(const QString &event, const QJsonObject &params);
+    void tellChanges();
+
     Dispatcher *dispatcher;
+    Frame frame;
+    QMap<QString, QJsonValue> news; // by path
 };
 
 } // namespace bench

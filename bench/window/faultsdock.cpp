@@ -1,8 +1,10 @@
 #include "faultsdock.h"
 
 #include "calls.h"
+#include "controls.h"
 
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -11,6 +13,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -30,7 +33,8 @@ struct Preset
 constexpr Preset kPresets[] = {
     {"Preset\u2026", "{}"},
     {"drop one byte of packet 3", R"({"kind":"drop","step":"packet","packet":3,"index":2})"},
-    {"refuse packet 3 with 3065", R"({"kind":"nack","packet":3,"value":3065})"},
+    {"refuse packet 3 of the application with 3065",
+     R"({"kind":"nack","image":3,"packet":3,"value":3065})"},
     {"silent from the handshake on", R"({"kind":"silence","step":"handshake"})"},
     {"flash that lies", R"({"kind":"no-write","packet":2})"},
     {"wrong baud after the switch", R"({"kind":"baud","step":"line-check","value":460800})"},
@@ -89,12 +93,11 @@ FaultsDock::FaultsDock(Calls *way, QWidget *parent)
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     row->addWidget(scroll, 2);
-    connect(calls, &Calls::happened, this, [this](const QString &event, const QJsonObject &params) {
-        const bool changed = event == QLatin1String("unit.changed")
-            && params["path"].toString().startsWith(QLatin1String("receiver."));
-        if (changed || event == QLatin1String("receiver.fault"))
+    connect(calls, &Calls::happened, this, [this](const QString &event, const QJsonObject &) {
+        if (event == QLatin1String("receiver.fault"))
             frame.ask();
     });
+    followBranch(calls, QStringLiteral("receiver."), this, [this] { draw(); });
     draw();
 }
 
@@ -126,7 +129,15 @@ QWidget *FaultsDock::list()
     connect(remove, &QPushButton::clicked, this, &FaultsDock::removeChosen);
     auto *clear = new QPushButton(QStringLiteral("Clear"));
     clear->setObjectName(QStringLiteral("faults_clear"));
-    connect(clear, &QPushButton::clicked, this, [this] { arm({}); });
+    connect(clear, &QPushButton::clicked, this, [this] {
+        off = {};
+        arm({});
+        frame.ask();
+    });
+    connect(table, &QTableWidget::itemChanged, this, [this](QTableWidgetItem *item) {
+        if (item->column() == 0)
+            switchRow(item->row(), item->checkState() == Qt::Checked);
+    });
 
     auto *tools = new QHBoxLayout;
     tools->addWidget(presets(), 1);
@@ -159,6 +170,12 @@ QWidget *FaultsDock::form()
     rows->addRow(QStringLiteral("Value"), value);
     times = number(rows, "Times", "faults_times", 0, "always");
     times->setValue(1);
+    probability = new QDoubleSpinBox;
+    probability->setObjectName(QStringLiteral("faults_probability"));
+    probability->setRange(0.01, 1);
+    probability->setSingleStep(0.1);
+    probability->setValue(1);
+    rows->addRow(QStringLiteral("Probability"), probability);
     seed = number(rows, "Seed", "faults_seed", 0, "0");
     seed->setValue(calls->value(QStringLiteral("receiver.seed")).toInt());
     connect(seed, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int number) {
@@ -178,6 +195,7 @@ QWidget *FaultsDock::form()
         connect(box, &QComboBox::currentTextChanged, this, say);
     for (QSpinBox *box : {image, packet, count, index, times})
         connect(box, QOverload<int>::of(&QSpinBox::valueChanged), this, say);
+    connect(probability, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, say);
     connect(value, &QLineEdit::textChanged, this, say);
     say();
     return whole;
@@ -199,6 +217,8 @@ QJsonObject FaultsDock::wanted() const
     }
     if (!value->text().isEmpty())
         fault.insert("value", QJsonDocument::fromJson('[' + value->text().toUtf8() + ']')[0]);
+    if (probability->value() < 1)
+        fault.insert("probability", probability->value());
     if (times->value() == 0)
         fault.insert("times", "always");
     else if (times->value() > 1)
@@ -222,6 +242,8 @@ QString FaultsDock::sentence() const
     said << (times->value() == 0       ? QStringLiteral("always")
                  : times->value() == 1 ? QStringLiteral("once")
                                        : QStringLiteral("%1 times").arg(times->value()));
+    if (probability->value() < 1)
+        said << QStringLiteral("with probability %1").arg(probability->value());
     return said.join(QLatin1Char(' '));
 }
 
@@ -240,29 +262,66 @@ void FaultsDock::add(const QJsonObject &fault)
 
 void FaultsDock::removeChosen()
 {
+    const QItemSelectionModel *chosen = table->selectionModel();
     QJsonArray left;
     for (int row = 0; row < armed.size(); ++row) {
-        if (!table->selectionModel()->isRowSelected(row, {}))
+        if (!chosen->isRowSelected(row, {}))
             left.append(armed.at(row));
     }
-    arm(left);
+    QJsonArray leftOff;
+    for (int row = 0; row < off.size(); ++row) {
+        if (!chosen->isRowSelected(armed.size() + row, {}))
+            leftOff.append(off.at(row));
+    }
+    off = leftOff;
+    if (left.size() < armed.size())
+        arm(left);
+    frame.ask();
+}
+
+// The receiver knows armed faults alone; one that is off waits here.
+void FaultsDock::switchRow(int row, bool on)
+{
+    QJsonArray list = armed;
+    if (on && row >= armed.size() && row - armed.size() < off.size()) {
+        list.append(off.takeAt(row - armed.size()));
+        arm(list);
+    } else if (!on && row < armed.size()) {
+        off.append(list.takeAt(row));
+        arm(list);
+    }
 }
 
 void FaultsDock::draw()
 {
+    const QSignalBlocker quiet(table);
     const QJsonArray reports =
         calls->ask(QStringLiteral("receiver.faults")).value("faults").toArray();
     armed = {};
-    table->setRowCount(reports.size());
+    table->setRowCount(reports.size() + off.size());
     for (int row = 0; row < reports.size(); ++row) {
-        const QJsonObject report = reports.at(row).toObject();
-        armed.append(report["fault"]);
-        const QStringList cells{
-            text(report["fault"].toObject()), QString::number(report["done"].toInt()),
-            moments(report["moments"].toArray()), report["deeds"].toArray().last().toString()};
-        for (int column = 0; column < cells.size(); ++column)
-            table->setItem(row, column, new QTableWidgetItem(cells.at(column)));
+        armed.append(reports.at(row)["fault"]);
+        showRow(row, reports.at(row).toObject(), true);
     }
+    for (int row = 0; row < off.size(); ++row)
+        showRow(reports.size() + row, {{"fault", off.at(row)}}, false);
+    table->viewport()->update();
+}
+
+void FaultsDock::showRow(int row, const QJsonObject &report, bool isArmed)
+{
+    const int done = report["done"].toInt();
+    const QStringList cells{
+        text(report["fault"].toObject()), isArmed ? QString::number(done) : QStringLiteral("off"),
+        moments(report["moments"].toArray()), report["deeds"].toArray().last().toString()};
+    for (int column = 0; column < cells.size(); ++column) {
+        auto *item = new QTableWidgetItem(cells.at(column));
+        item->setToolTip(cells.at(column));
+        if (done > 0)
+            item->setForeground(palette().brush(QPalette::BrightText));
+        table->setItem(row, column, item);
+    }
+    table->item(row, 0)->setCheckState(isArmed ? Qt::Checked : Qt::Unchecked);
 }
 
 } // namespace bench

@@ -6,6 +6,7 @@
 #include <QWidget>
 
 class QComboBox;
+class QDoubleSpinBox;
 class QLabel;
 class QLineEdit;
 class QSpinBox;
@@ -34,10 +35,13 @@ private:
     void add(const QJsonObject &fault);
     void removeChosen();
     void draw();
+    void showRow(int row, const QJsonObject &report, bool isArmed);
+    void switchRow(int row, bool on);
 
     Calls *calls;
     Frame frame;
     QJsonArray armed;
+    QJsonArray off; // switched off: shown below, and not known to the receiver
     QTableWidget *table = nullptr;
     QComboBox *kind = nullptr;
     QComboBox *step = nullptr;
@@ -48,6 +52,7 @@ private:
     QSpinBox *packet = nullptr;
     QSpinBox *times = nullptr;
     QSpinBox *seed = nullptr;
+    QDoubleSpinBox *probability = nullptr;
     QLineEdit *value = nullptr;
     QLabel *amounts = nullptr;
 };

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <functional>
 
 namespace bench {
 
-// Draws what has changed at most twenty times a second, and rests while nothing does.
+// Draws what has changed at most twenty times a second, and rests while nothing does. All frames
+// of the window fall on the same moments, so that it is painted once for all of them.
 class Frame : public QTimer
 {
 public:
@@ -15,14 +17,22 @@ public:
     Frame(QObject *parent, std::function<void()> draw) : QTimer(parent)
     {
         setSingleShot(true);
-        setInterval(kMilliseconds);
+        setTimerType(Qt::PreciseTimer);
         callOnTimeout(parent, std::move(draw));
     }
 
     void ask()
     {
         if (!isActive())
-            start();
+            start(kMilliseconds - int(now() % kMilliseconds));
+    }
+
+private:
+    static qint64 now()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        return clock.msecsSinceReference();
     }
 };
 

@@ -13,6 +13,8 @@ namespace {
 // What the pages call while they draw a row of a list; it drowns what they do.
 const QString kDrawing = QStringLiteral("ColorGroup");
 
+const QString kShell = QStringLiteral("shell");
+
 QString words(const QJsonArray &arguments)
 {
     QStringList list;
@@ -29,6 +31,7 @@ LogRow journalRow(const QJsonObject &entry)
     row.number = entry["n"].toInt();
     row.kind = entry["service"].toString();
     row.quiet = row.kind == kDrawing;
+    row.loud = row.kind == kShell && entry["args"][0].toInt() != 0; // its status
     row.cells = QStringList{QString::number(row.number),
                             QString::number(entry["ms"].toDouble() / 1000, 'f', 3), row.kind,
                             entry["call"].toString().simplified(), words(entry["args"].toArray())};
@@ -39,6 +42,9 @@ LogRow traceRow(int number, const QString &line)
 {
     LogRow row;
     row.number = number;
+    row.loud = line.contains(QLatin1String("fail"), Qt::CaseInsensitive)
+        || line.contains(QLatin1String("error"), Qt::CaseInsensitive)
+        || line.contains(QLatin1String("NACK"));
     row.cells = QStringList{QString::number(number), line.simplified()};
     return row;
 }
@@ -64,7 +70,9 @@ LogView *makeJournalView(Calls *calls, const QString &folder, QWidget *parent)
                                QStringLiteral("Call"), QStringLiteral("Arguments, status")},
                               {6, 9, 20, 40},
                               QStringLiteral("all services"),
-                              QStringLiteral("drawing calls")},
+                              QStringLiteral("drawing calls"),
+                              QString(),
+                              QStringLiteral("only failed")},
                              folder, parent);
     readAll(calls, "unit.journal", [view](const QJsonObject &answer) {
         const QJsonArray entries = answer["entries"].toArray();
@@ -85,7 +93,9 @@ LogView *makeTraceView(Calls *calls, const QString &folder, QWidget *parent)
                               {QStringLiteral("#"), QStringLiteral("Line")},
                               {6},
                               QString(),
-                              QString()},
+                              QString(),
+                              QString(),
+                              QStringLiteral("only failed")},
                              folder, parent);
     readAll(calls, "trace.read", [view](const QJsonObject &answer) {
         const QJsonArray lines = answer["lines"].toArray();

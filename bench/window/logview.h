@@ -27,6 +27,9 @@ public:
         QVector<int> widths; // of the columns but the last, in letters
         QString allKinds;    // "all services"; empty: there are no kinds
         QString quiet;       // of the box that shows quiet rows; empty: there are none
+        QString allTopics;   // "all steps"; empty: there are no topics
+        QString onlyLoud;    // of the box that shows nothing but what stands out
+        int foldColumn = -1; // of the model
     };
 
     LogView(const Texts &texts, const QString &folder, QWidget *parent = nullptr);
@@ -39,12 +42,18 @@ public:
 
     void search(); // the keyboard goes to the search
 
+    // Chooses the next row that stands out, or the one before.
+    void jump(bool forward);
+
 signals:
     void told(const QString &text); // where something was saved, or why not
+    void chosen(const bench::LogRow &row);
 
 private:
     void takeOver();
     void filter();
+    void reveal(int row);
+    void learnWords(const QVector<LogRow> &added);
     void copy() const;
     void save();
 
@@ -53,14 +62,16 @@ private:
     LogModel model;
     QVector<LogRow> waiting;
     Frame frame;
-    QSet<QString> kindsSeen;
+    QSet<QString> wordsSeen; // kinds and topics
     int lastNumber = 0;
     int marked = 0; // number; 0: none
     int saved = 0;  // files so far
     QTableView *table;
     QLineEdit *text;
     QComboBox *kind;
+    QComboBox *topic;
     QCheckBox *quiet;
+    QCheckBox *loud;
 };
 
 } // namespace bench

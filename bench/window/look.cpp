@@ -1,5 +1,7 @@
 #include "look.h"
 
+#include <QFontDatabase>
+
 namespace bench {
 
 QPalette darkPalette()
@@ -28,6 +30,13 @@ QPalette darkPalette()
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         dark.setColor(QPalette::Disabled, role, QColor(0x8A, 0x90, 0x98));
     return dark;
+}
+
+QFont digits()
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSize(9);
+    return font;
 }
 
 QPalette insistent(const QPalette &palette)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QPalette>
 
 namespace bench {
@@ -10,5 +11,8 @@ QPalette darkPalette();
 
 // All roles of a palette said out loud, so that an application's other one does not shine through.
 QPalette insistent(const QPalette &palette);
+
+// For bytes and numbers that change: each digit as wide as the next.
+QFont digits();
 
 } // namespace bench

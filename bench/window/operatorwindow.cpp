@@ -1,11 +1,14 @@
 #include "operatorwindow.h"
 
+#include "dialoguedock.h"
 #include "faultsdock.h"
+#include "flashdock.h"
 #include "logdocks.h"
 #include "logview.h"
 #include "look.h"
 #include "receiverdock.h"
 #include "registersdock.h"
+#include "skydock.h"
 #include "unitdock.h"
 
 #include <QApplication>
@@ -14,6 +17,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
@@ -22,17 +26,18 @@ namespace bench {
 
 namespace {
 
-constexpr int kLayoutVersion = 1; // another set of docks is another one
+constexpr int kLayoutVersion = 2; // another set of docks is another one
 const QString kLayoutKey = QStringLiteral("window/layout");
 const QString kGeometryKey = QStringLiteral("window/geometry");
 constexpr int kMessageMilliseconds = 10000;
-constexpr QSize kSize(1440, 900); // of the window when nobody has moved anything
-constexpr int kMargin = 12;       // what frames and bars take, about
+constexpr QSize kSize(1440, 900);  // of the window when nobody has moved anything
+constexpr QSize kSmall(1280, 720); // of one on a small display
+constexpr int kMargin = 12;        // what frames and bars take, about
 
 // Outside of the unit's pixels, and in words: nobody takes this for a unit.
-QLabel *simulatedSign()
+QLabel *makeSign(const QString &text)
 {
-    auto *sign = new QLabel(QStringLiteral("\u25CF SIMULATED"));
+    auto *sign = new QLabel(QStringLiteral("\u25CF ") + text);
     sign->setObjectName(QStringLiteral("simulated"));
     sign->setForegroundRole(QPalette::BrightText);
     sign->setMargin(4);
@@ -58,9 +63,7 @@ OperatorWindow::OperatorWindow(const WindowParts &given)
     setCentralWidget(frame);
     addDocks();
     addMenus();
-    connect(&calls, &Calls::failed, this, [this](const QString &message) {
-        statusBar()->showMessage(message, kMessageMilliseconds);
-    });
+    connect(&calls, &Calls::failed, this, &OperatorWindow::tell);
     arrange();
     firstLayout = saveState(kLayoutVersion);
     restoreLayout();
@@ -80,6 +83,9 @@ void OperatorWindow::addDocks()
     addDock(QStringLiteral("Unit"), new UnitDock(&calls), Qt::RightDockWidgetArea);
     addDock(QStringLiteral("Receiver"), new ReceiverDock(&calls, parts.resetPrompt),
             Qt::RightDockWidgetArea);
+    auto *flash = new FlashDock(&calls, parts.pictures);
+    addDock(QStringLiteral("Flash"), flash, Qt::RightDockWidgetArea);
+    addDock(QStringLiteral("Sky"), new SkyDock(&calls), Qt::RightDockWidgetArea);
     dialogueView = makeDialogueView(&calls, parts.pictures);
     addDock(QStringLiteral("Dialogue"), dialogueView, Qt::BottomDockWidgetArea);
     journalView = makeJournalView(&calls, parts.pictures);
@@ -88,11 +94,15 @@ void OperatorWindow::addDocks()
     addDock(QStringLiteral("Trace"), traceView, Qt::BottomDockWidgetArea);
     addDock(QStringLiteral("Faults"), new FaultsDock(&calls), Qt::BottomDockWidgetArea);
     addDock(QStringLiteral("Registers"), new RegistersDock(&calls), Qt::BottomDockWidgetArea);
-    for (LogView *view : {dialogueView, journalView, traceView}) {
-        connect(view, &LogView::told, this, [this](const QString &text) {
-            statusBar()->showMessage(text, kMessageMilliseconds);
-        });
-    }
+    for (const FurtherDock &further : qAsConst(parts.further))
+        addDock(further.title, further.content, further.area);
+    for (LogView *view : {dialogueView, journalView, traceView})
+        connect(view, &LogView::told, this, &OperatorWindow::tell);
+    connect(flash, &FlashDock::told, this, &OperatorWindow::tell);
+    connect(dialogueView, &LogView::chosen, flash, [flash](const LogRow &row) {
+        if (row.place >= 0)
+            flash->showPlace(quint32(row.place));
+    });
 }
 
 QDockWidget *OperatorWindow::addDock(const QString &title, QWidget *content,
@@ -111,7 +121,15 @@ void OperatorWindow::addMenus()
     QMenu *bench = menuBar()->addMenu(QStringLiteral("&Bench"));
     bench->addAction(QStringLiteral("Take a picture"), this, &OperatorWindow::takePicture,
                      QKeySequence(Qt::Key_F5));
+    bench->addAction(QStringLiteral("Take pictures of window and docks"), this,
+                     &OperatorWindow::takeDocks, QKeySequence(Qt::SHIFT + Qt::Key_F5));
     bench->addAction(QStringLiteral("Search"), this, &OperatorWindow::search, QKeySequence::Find);
+    bench->addAction(
+        QStringLiteral("Next that stands out"), this, [this] { jump(true); },
+        QKeySequence(Qt::Key_F3));
+    bench->addAction(
+        QStringLiteral("The one before"), this, [this] { jump(false); },
+        QKeySequence(Qt::SHIFT + Qt::Key_F3));
     bench->addAction(QStringLiteral("Quit"), this, &QWidget::close, QKeySequence::Quit);
 
     QMenu *view = menuBar()->addMenu(QStringLiteral("&View"));
@@ -128,29 +146,50 @@ void OperatorWindow::addMenus()
     QAction *reset = view->addAction(QStringLiteral("Reset layout"), this,
                                      [this] { restoreState(firstLayout, kLayoutVersion); });
     reset->setObjectName(QStringLiteral("reset_layout"));
-    menuBar()->setCornerWidget(simulatedSign());
+    menuBar()->setCornerWidget(makeSign(parts.sign));
     statusBar();
 }
 
-// As it is when nobody has moved anything: logs in tabs beneath the screen, the rest beside it.
+QDockWidget *OperatorWindow::dock(const char *name) const
+{
+    return findChild<QDockWidget *>(QStringLiteral("dock_") + QLatin1String(name));
+}
+
+// In tabs, the first one in front.
+void OperatorWindow::stack(const QVector<QDockWidget *> &together)
+{
+    for (int i = 1; i < together.size(); ++i)
+        tabifyDockWidget(together.at(i - 1), together.at(i));
+    together.first()->raise();
+}
+
+// As it is when nobody has moved anything: logs in tabs beneath the screen; beside it receiver and
+// flash one above the other, on a small display all in tabs.
 void OperatorWindow::arrange()
 {
+    const QSize room = QGuiApplication::primaryScreen()->availableSize();
+    const bool small = room.width() < kSize.width() || room.height() < kSize.height();
+    const QSize size = small ? kSmall : kSize;
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
-    QDockWidget *first[2] = {}; // on the right, at the bottom
-    for (QDockWidget *dock : qAsConst(docks)) {
-        QDockWidget *&before = first[dockWidgetArea(dock) == Qt::RightDockWidgetArea ? 0 : 1];
-        if (before != nullptr)
-            tabifyDockWidget(before, dock);
-        else
-            before = dock;
+    QVector<QDockWidget *> bottom;
+    for (QDockWidget *each : qAsConst(docks)) {
+        if (dockWidgetArea(each) == Qt::BottomDockWidgetArea)
+            bottom << each;
     }
-    for (QDockWidget *dock : first) {
-        if (dock != nullptr)
-            dock->raise();
+    stack(bottom);
+    if (small) {
+        stack({dock("receiver"), dock("flash"), dock("sky"), dock("unit")});
+    } else {
+        splitDockWidget(dock("receiver"), dock("flash"), Qt::Vertical);
+        stack({dock("receiver"), dock("unit")});
+        stack({dock("flash"), dock("sky")});
     }
-    resize(kSize);
-    resizeDocks({first[0]}, {kSize.width() - parts.screen->width() - 2 * kMargin}, Qt::Horizontal);
-    resizeDocks({first[1]}, {kSize.height() - parts.screen->height() - 6 * kMargin}, Qt::Vertical);
+    resize(size);
+    resizeDocks({dock("receiver")}, {size.width() - parts.screen->width() - 2 * kMargin},
+                Qt::Horizontal);
+    resizeDocks({bottom.first()},
+                {qMax(size.height() / 5, size.height() - parts.screen->height() - 6 * kMargin)},
+                Qt::Vertical);
 }
 
 void OperatorWindow::restoreLayout()
@@ -171,8 +210,8 @@ void OperatorWindow::keepLayout() const
     kept.setValue(kLayoutKey, saveState(kLayoutVersion));
 }
 
-// In the dock with the keyboard, else in the log that is in front.
-void OperatorWindow::search()
+// The log with the keyboard, else the one that is in front.
+LogView *OperatorWindow::frontLog() const
 {
     LogView *front = journalView;
     for (LogView *view : {dialogueView, journalView, traceView}) {
@@ -183,7 +222,22 @@ void OperatorWindow::search()
         if (view->isAncestorOf(QApplication::focusWidget()))
             front = view;
     }
-    front->search();
+    return front;
+}
+
+void OperatorWindow::search()
+{
+    frontLog()->search();
+}
+
+void OperatorWindow::jump(bool forward)
+{
+    frontLog()->jump(forward);
+}
+
+void OperatorWindow::tell(const QString &text)
+{
+    statusBar()->showMessage(text, kMessageMilliseconds);
 }
 
 void OperatorWindow::takePicture()
@@ -192,14 +246,43 @@ void OperatorWindow::takePicture()
         const auto take = [this](const QJsonObject &answer) {
             const QByteArray png = QByteArray::fromBase64(answer["base64"].toString().toLatin1());
             QGuiApplication::clipboard()->setImage(QImage::fromData(png, "PNG"));
-            statusBar()->showMessage(QStringLiteral("The picture is in the clipboard."));
+            tell(QStringLiteral("The picture is in the clipboard."));
         };
         calls.make(QStringLiteral("ui.screenshot"), {}, this, take);
         return;
     }
     const QString file = QStringLiteral("%1/unit-%2.png").arg(parts.pictures).arg(++pictures);
     calls.make(QStringLiteral("ui.screenshot"), {{"file", file}}, this,
-               [this, file](const QJsonObject &) { statusBar()->showMessage(file); });
+               [this, file](const QJsonObject &) { tell(file); });
+}
+
+// The window as it stands, then each dock brought to the front: for documents and colleagues.
+void OperatorWindow::takeDocks()
+{
+    if (parts.pictures.isEmpty()) {
+        QGuiApplication::clipboard()->setPixmap(grab());
+        tell(QStringLiteral("The window's picture is in the clipboard; --pictures DIR takes the "
+                            "docks', too."));
+        return;
+    }
+    bool whole = save(grab(), QStringLiteral("window"));
+    for (QDockWidget *each : qAsConst(docks)) {
+        each->show();
+        each->raise();
+        QCoreApplication::sendPostedEvents();
+        whole = save(each->widget()->grab(), each->objectName()) && whole;
+    }
+    if (whole)
+        tell(QStringLiteral("%1/window.png, %1/dock_*.png").arg(parts.pictures));
+}
+
+bool OperatorWindow::save(const QPixmap &picture, const QString &name)
+{
+    const QString file = QStringLiteral("%1/%2.png").arg(parts.pictures, name);
+    if (picture.save(file, "PNG"))
+        return true;
+    tell(QStringLiteral("cannot write %1").arg(file));
+    return false;
 }
 
 // Boxes and lists that the plug-in opens are windows of their own, without a parent at times.

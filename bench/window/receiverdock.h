@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class QFormLayout;
 class QLabel;
 class QProgressBar;
 class QTableWidget;
@@ -11,11 +12,12 @@ class QTableWidget;
 namespace bench {
 
 class Calls;
-class LogView;
+class RateCurve;
 class ResetPrompt;
 
 // Where the receiver stands: the ladder of its phases with their times, the rates on either side,
-// how far the images are, what was unexpected. GUI thread; `calls` and `prompt` outlive it.
+// how far the images are and how fast they come, what was unexpected. GUI thread; `calls` and
+// `prompt` outlive it.
 class ReceiverDock : public QWidget
 {
     Q_OBJECT
@@ -27,8 +29,11 @@ public:
 private:
     void hear(const QString &event, const QJsonObject &params);
     void draw();
-    void drawImages(const QJsonArray &images);
-    QLabel *addLabel(const char *title, const char *name);
+    void drawLine(const QJsonObject &state);
+    void drawImages(const QJsonObject &state);
+    void drawAnomalies(const QJsonArray &unexpected);
+    void drawLadder(const QJsonArray &phases);
+    QLabel *addLabel(QFormLayout *form, const char *title, const char *name);
 
     Calls *calls;
     Frame frame;
@@ -39,11 +44,9 @@ private:
     QLabel *rate = nullptr;
     QLabel *reset = nullptr;
     QLabel *anomalies = nullptr;
-    QProgressBar *progress = nullptr;
-    QTableWidget *ladder = nullptr;
+    QProgressBar *progress;
+    RateCurve *curve;
+    QTableWidget *ladder;
 };
-
-// The frames of both directions, with the gap before each; packets are hidden unless asked for.
-LogView *makeDialogueView(Calls *calls, const QString &folder, QWidget *parent = nullptr);
 
 } // namespace bench

@@ -6,8 +6,11 @@
 #include <QJsonArray>
 #include <QLabel>
 #include <QSignalBlocker>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace bench {
 
@@ -15,6 +18,9 @@ namespace {
 
 // Where an item keeps the value that it shows, so that one that is refused comes back.
 constexpr int kShownRole = Qt::UserRole;
+
+constexpr int kRemembered = 20; // values before
+constexpr int kBlinkMilliseconds = 400;
 
 void setValue(QTreeWidgetItem *item, const QString &text)
 {
@@ -26,7 +32,7 @@ void setValue(QTreeWidgetItem *item, const QString &text)
 } // namespace
 
 RegistersDock::RegistersDock(Calls *way, QWidget *parent)
-    : QWidget(parent), calls(way), tree(new QTreeWidget)
+    : QWidget(parent), calls(way), frame(this, [this] { draw(); }), tree(new QTreeWidget)
 {
     tree->setObjectName(QStringLiteral("registers_tree"));
     tree->setHeaderLabels({"Register", "Value", "Meaning", "Before", "Written by"});
@@ -51,8 +57,40 @@ RegistersDock::RegistersDock(Calls *way, QWidget *parent)
     });
     connect(tree, &QTreeWidget::itemChanged, this, &RegistersDock::write);
     connect(calls, &Calls::happened, this, [this](const QString &event, const QJsonObject &word) {
-        if (event == QLatin1String("unit.register"))
-            show(word);
+        if (event != QLatin1String("unit.register"))
+            return;
+        news.append(word);
+        frame.ask();
+    });
+}
+
+// Each value is kept among those before, though only the last of a frame is seen.
+void RegistersDock::draw()
+{
+    const QVector<QJsonObject> written = std::exchange(news, {});
+    for (const QJsonObject &word : written) {
+        show(word);
+        remember(word);
+    }
+}
+
+// What it held before, the last first, under the pointer; the row blinks once.
+void RegistersDock::remember(const QJsonObject &word)
+{
+    QTreeWidgetItem *item = itemOf(word["name"].toString());
+    const QSignalBlocker quiet(tree);
+    QStringList values = item->toolTip(Before).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    values.prepend(QStringLiteral("%1 until %2 s, then %3")
+                       .arg(word["before"].toString())
+                       .arg(word["ms"].toDouble() / 1000, 0, 'f', 3)
+                       .arg(word["writer"].toString()));
+    item->setToolTip(Before, QStringList(values.mid(0, kRemembered)).join(QLatin1Char('\n')));
+    item->setBackground(Value, palette().highlight());
+    const QString name = word["name"].toString();
+    QTimer::singleShot(kBlinkMilliseconds, this, [this, name] {
+        const QSignalBlocker still(tree);
+        itemOf(name)->setBackground(Value, QBrush());
+        tree->viewport()->update();
     });
 }
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "frame.h"
+
+#include <QJsonObject>
+#include <QVector>
 #include <QWidget>
 
 class QTreeWidget;
@@ -21,11 +25,15 @@ public:
     explicit RegistersDock(Calls *calls, QWidget *parent = nullptr);
 
 private:
+    void draw();
     void show(const QJsonObject &word);
+    void remember(const QJsonObject &word);
     void write(QTreeWidgetItem *item, int column);
     QTreeWidgetItem *itemOf(const QString &name);
 
     Calls *calls;
+    Frame frame;
+    QVector<QJsonObject> news; // words that were written, in their order
     QTreeWidget *tree;
 };
 

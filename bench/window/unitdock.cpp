@@ -1,19 +1,25 @@
 #include "unitdock.h"
 
 #include "calls.h"
+#include "controls.h"
+#include "storesmodel.h"
 #include "unitmodel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QSortFilterProxyModel>
 #include <QSpinBox>
@@ -21,11 +27,16 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace bench {
 
 namespace {
 
 using Choices = QVector<QPair<QString, QJsonValue>>;
+
+const Choices kCharging{{"CDP", 0}, {"DCP", 1}, {"SDP", 2}};
+const Choices kCertification{{"MIF", 77}, {"normal", 79}, {"TID", 84}};
 
 QPushButton *button(const char *text, const char *name)
 {
@@ -34,34 +45,59 @@ QPushButton *button(const char *text, const char *name)
     return made;
 }
 
-const Choices kAntenna{{"OK", "OK"}, {"Open", "Open"}, {"Short", "Short"}};
-const Choices kCharging{{"CDP", 0}, {"DCP", 1}, {"SDP", 2}};
-const Choices kCertification{{"MIF", 77}, {"normal", 79}, {"TID", 84}};
+QTableView *table(const char *name, QAbstractItemModel *model)
+{
+    auto *made = new QTableView;
+    made->setObjectName(QString::fromLatin1(name));
+    made->setModel(model);
+    made->verticalHeader()->hide();
+    made->horizontalHeader()->setStretchLastSection(true);
+    made->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
+    return made;
+}
 
 } // namespace
 
-UnitDock::UnitDock(Calls *way, QWidget *parent) : QWidget(parent), calls(way), result(new QLabel)
+UnitDock::UnitDock(Calls *way, QWidget *parent) : QTabWidget(parent), calls(way), result(new QLabel)
 {
     result->setObjectName(QStringLiteral("panel_result"));
     result->setWordWrap(true);
-    auto *column = new QVBoxLayout(this);
+    setDocumentMode(true);
+    auto *scroll = new QScrollArea; // lower than what is in it in a small window
+    scroll->setWidget(controls());
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    addTab(scroll, QStringLiteral("Controls"));
+    addTab(state(), QStringLiteral("State"));
+    addTab(stores(), QStringLiteral("Stores"));
+}
+
+QWidget *UnitDock::controls()
+{
+    auto *whole = new QWidget;
+    auto *column = new QVBoxLayout(whole);
     column->setContentsMargins(4, 4, 4, 4);
+    column->addLayout(lifeCycle());
     column->addLayout(keys());
     column->addWidget(result);
     column->addLayout(disks());
     column->addLayout(choices());
-    column->addWidget(state(), 1);
+    column->addLayout(gains());
+    column->addStretch();
+    return whole;
 }
 
-// Whoever changes the value: the window is told as scripts are.
-void UnitDock::follow(const QString &path, const std::function<void(const QJsonValue &)> &show)
+QLayout *UnitDock::lifeCycle()
 {
-    show(calls->value(path));
-    connect(calls, &Calls::happened, this,
-            [path, show](const QString &event, const QJsonObject &params) {
-                if (event == QLatin1String("unit.changed") && params["path"] == path)
-                    show(params["value"]);
-            });
+    auto *row = new QHBoxLayout;
+    for (const char *step : {"create", "show", "destroy"}) {
+        const QString method = QStringLiteral("window.") + QLatin1String(step);
+        auto *made = button(step, "");
+        made->setObjectName(QStringLiteral("panel_") + QLatin1String(step));
+        connect(made, &QPushButton::clicked, this, [this, method] { calls->make(method); });
+        row->addWidget(made);
+    }
+    return row;
 }
 
 QLayout *UnitDock::keys()
@@ -75,11 +111,11 @@ QLayout *UnitDock::keys()
             result->setText(QStringLiteral("backEvent answered %1").arg(answer["result"].toInt()));
         });
     });
-    keyCode = new QSpinBox;
+    auto *keyCode = new QSpinBox;
     keyCode->setObjectName(QStringLiteral("panel_key_code"));
     keyCode->setRange(0, 0xFFFF);
     auto *send = button("Send key", "panel_send_key");
-    connect(send, &QPushButton::clicked, this, [this] {
+    connect(send, &QPushButton::clicked, this, [this, keyCode] {
         const int code = keyCode->value();
         calls->make(QStringLiteral("window.key"), {{"code", code}}, this,
                     [this, code](const QJsonObject &answer) {
@@ -94,46 +130,38 @@ QLayout *UnitDock::keys()
     return row;
 }
 
-QWidget *UnitDock::addBox(const QString &text, const QString &name, const QString &path)
-{
-    auto *box = new QCheckBox(text);
-    box->setObjectName(name);
-    connect(box, &QCheckBox::toggled, this, [this, path](bool on) { calls->set(path, on); });
-    follow(path, [box](const QJsonValue &value) {
-        const QSignalBlocker quiet(box);
-        box->setChecked(value.toBool());
-    });
-    return box;
-}
-
 QLayout *UnitDock::disks()
 {
-    auto *row = new QHBoxLayout;
-    row->addWidget(new QLabel(QStringLiteral("USB disks")));
+    auto *rows = new QVBoxLayout;
     for (int port = 0; port < 2; ++port) {
-        auto *box = new QCheckBox(QStringLiteral("Port %1").arg(port));
-        box->setObjectName(QStringLiteral("panel_usb%1").arg(port));
-        box->setAcceptDrops(true);
-        box->setProperty("port", port);
-        box->installEventFilter(this);
+        auto *plugged = new QCheckBox;
+        plugged->setObjectName(QStringLiteral("panel_usb%1").arg(port));
+        plugged->setToolTip(QStringLiteral("a folder dropped here is the disk"));
+        plugged->setAcceptDrops(true);
+        plugged->setProperty("port", port);
+        plugged->installEventFilter(this);
         const QString branch = QStringLiteral("usb.%1").arg(port);
-        connect(box, &QCheckBox::toggled, this, [this, port, branch](bool there) {
+        connect(plugged, &QCheckBox::toggled, this, [this, port, branch](bool there) {
             if (there)
                 plug(port, QStringLiteral("/media/usb%1").arg(port));
             else
                 calls->set(branch + QStringLiteral(".disk"), false);
         });
-        follow(branch + QStringLiteral(".disk"), [box](const QJsonValue &value) {
-            const QSignalBlocker quiet(box);
-            box->setChecked(value.toBool());
+        follow(calls, branch + QStringLiteral(".disk"), this, [plugged](const QJsonValue &value) {
+            const QSignalBlocker quiet(plugged);
+            plugged->setChecked(value.toBool());
         });
-        follow(branch + QStringLiteral(".path"), [box](const QJsonValue &value) {
-            box->setToolTip(QStringLiteral("%1; drop a folder here").arg(value.toString()));
-        });
-        row->addWidget(box);
+        follow(calls, branch + QStringLiteral(".path"), this,
+               [plugged, port](const QJsonValue &value) {
+                   const QString path = value.toString();
+                   plugged->setText(
+                       QStringLiteral("USB disk, port %1: %2")
+                           .arg(port)
+                           .arg(path.isEmpty() ? QStringLiteral("drop a folder here") : path));
+               });
+        rows->addWidget(plugged);
     }
-    row->addStretch();
-    return row;
+    return rows;
 }
 
 void UnitDock::plug(int port, const QString &folder)
@@ -144,7 +172,7 @@ void UnitDock::plug(int port, const QString &folder)
 bool UnitDock::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() != QEvent::DragEnter && event->type() != QEvent::Drop)
-        return QWidget::eventFilter(watched, event);
+        return QTabWidget::eventFilter(watched, event);
     auto *drop = static_cast<QDropEvent *>(event); // an enter event is one, too
     const QList<QUrl> urls = drop->mimeData()->urls();
     const QString folder = urls.size() == 1 ? urls.first().toLocalFile() : QString();
@@ -156,70 +184,75 @@ bool UnitDock::eventFilter(QObject *watched, QEvent *event)
     return true;
 }
 
-void UnitDock::addChoice(QFormLayout *form, const char *title, const char *name,
-                         const QString &path, const Choices &values)
-{
-    auto *box = new QComboBox;
-    box->setObjectName(QString::fromLatin1(name));
-    for (const auto &value : values)
-        box->addItem(value.first, value.second.toVariant());
-    connect(box, QOverload<int>::of(&QComboBox::activated), this, [this, box, path](int row) {
-        calls->set(path, QJsonValue::fromVariant(box->itemData(row)));
-    });
-    follow(path, [box](const QJsonValue &value) {
-        box->setCurrentIndex(box->findData(value.toVariant()));
-        if (box->currentIndex() < 0) // another word than those of the list
-            box->setPlaceholderText(value.toVariant().toString());
-    });
-    form->addRow(QString::fromLatin1(title), box);
-}
-
 QFormLayout *UnitDock::choices()
 {
     auto *form = new QFormLayout;
-    addChoice(form, "Antenna", "panel_antenna", QStringLiteral("gnss.antenna"), kAntenna);
-    form->addRow(QStringLiteral("Sky"),
-                 addBox(QStringLiteral("satellites move, once a second"),
-                        QStringLiteral("panel_sky"), QStringLiteral("gnss.sky")));
-    auto *kind = new QSpinBox;
-    kind->setObjectName(QStringLiteral("panel_module_kind"));
+    auto *kind = number(calls, QStringLiteral("panel_module_kind"),
+                        QStringLiteral("gnss.module_kind"), 0, 0xFFFF);
     kind->setToolTip(QStringLiteral("1: flashed from the test mode; else by the unit's updater"));
-    connect(kind, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int value) {
-        calls->set(QStringLiteral("gnss.module_kind"), value);
+    connect(kind, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [this] {
         calls->make(QStringLiteral("unit.emit"), {{"signal", "gnss.module_kind"}});
     });
-    follow(QStringLiteral("gnss.module_kind"), [kind](const QJsonValue &value) {
-        const QSignalBlocker quiet(kind);
-        kind->setValue(value.toInt());
-    });
     form->addRow(QStringLiteral("Module kind"), kind);
-    addChoice(form, "Charging 0", "panel_charging0", QStringLiteral("usb.0.charging_mode"),
-              kCharging);
-    addChoice(form, "Charging 1", "panel_charging1", QStringLiteral("usb.1.charging_mode"),
-              kCharging);
-    addChoice(form, "Certification", "panel_certification", QStringLiteral("usb.certification"),
-              kCertification);
-    form->addRow(QStringLiteral("Watchdog"),
-                 addBox(QStringLiteral("on"), QStringLiteral("panel_watchdog"),
+    auto *charging = new QHBoxLayout;
+    for (int port = 0; port < 2; ++port)
+        charging->addWidget(choice(calls, QStringLiteral("panel_charging%1").arg(port),
+                                   QStringLiteral("usb.%1.charging_mode").arg(port), kCharging));
+    form->addRow(QStringLiteral("Charging 0, 1"), charging);
+    form->addRow(QStringLiteral("Certification"),
+                 choice(calls, QStringLiteral("panel_certification"),
+                        QStringLiteral("usb.certification"), kCertification));
+    auto *bars = new QHBoxLayout;
+    bars->addWidget(box(calls, QStringLiteral("watchdog"), QStringLiteral("panel_watchdog"),
                         QStringLiteral("system.watchdog")));
+    bars->addWidget(box(calls, QStringLiteral("status bar hidden"),
+                        QStringLiteral("panel_status_bar"),
+                        QStringLiteral("system.status_bar_hidden")));
+    form->addRow(QStringLiteral("System"), bars);
+    auto *resets = new QLabel;
+    resets->setObjectName(QStringLiteral("panel_resets"));
+    const auto count = [this, resets](const QJsonValue &) {
+        const QJsonObject system = calls->value(QStringLiteral("system")).toObject();
+        resets->setText(QStringLiteral("%1 of the system, %2 to the factory's state")
+                            .arg(system["system_resets"].toInt())
+                            .arg(system["factory_resets"].toInt()));
+    };
+    for (const char *path : {"system.system_resets", "system.factory_resets"})
+        follow(calls, QString::fromLatin1(path), this, count);
+    form->addRow(QStringLiteral("Resets seen"), resets);
     return form;
 }
 
-// Settings stores, gains, resets and the rest: every path that scripts know.
+QLayout *UnitDock::gains()
+{
+    constexpr double kMost = 200; // dB, either way; other values go through the table
+    auto *grid = new QGridLayout;
+    int column = 0;
+    const std::pair<const char *, const char *> kinds[] = {{"gain 0", "analog_gain.0"},
+                                                           {"gain 1", "analog_gain.1"},
+                                                           {"op", "op_gain"},
+                                                           {"pga", "pga_gain"},
+                                                           {"uplink", "uplink_gain"}};
+    for (const auto &[title, path] : kinds) {
+        auto *value = number(calls, QStringLiteral("panel_audio_%1").arg(QLatin1String(path)),
+                             QStringLiteral("audio.") + QLatin1String(path), -kMost, kMost, 1);
+        value->setButtonSymbols(QAbstractSpinBox::NoButtons);
+        grid->addWidget(new QLabel(QString::fromLatin1(title)), 0, column);
+        grid->addWidget(value, 1, column++);
+    }
+    return grid;
+}
+
+// Every path that scripts know.
 QWidget *UnitDock::state()
 {
-    auto *model = new UnitModel(calls, this);
     auto *found = new QSortFilterProxyModel(this);
-    found->setSourceModel(model);
+    found->setSourceModel(new UnitModel(calls, this));
     found->setFilterCaseSensitivity(Qt::CaseInsensitive);
     found->setFilterKeyColumn(-1);
-    auto *table = new QTableView;
-    table->setObjectName(QStringLiteral("unit_table"));
-    table->setModel(found);
-    table->verticalHeader()->hide();
-    table->horizontalHeader()->setStretchLastSection(true);
-    table->setColumnWidth(UnitModel::Path, 180);
-    table->setColumnWidth(UnitModel::Value, 120);
+    QTableView *values = table("unit_table", found);
+    values->setColumnWidth(UnitModel::Path, 180);
+    values->setColumnWidth(UnitModel::Value, 120);
     auto *search = new QLineEdit;
     search->setObjectName(QStringLiteral("unit_search"));
     search->setPlaceholderText(QStringLiteral("Search the unit's state; double-click a value"));
@@ -228,10 +261,53 @@ QWidget *UnitDock::state()
 
     auto *whole = new QWidget;
     auto *column = new QVBoxLayout(whole);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(4, 4, 4, 4);
     column->addWidget(search);
-    column->addWidget(table);
+    column->addWidget(values);
     return whole;
+}
+
+// The Delete key takes a setting away.
+QWidget *UnitDock::stores()
+{
+    auto *model = new StoresModel(calls, this);
+    QTableView *settings = table("stores_table", model);
+    settings->setColumnWidth(StoresModel::Store, 50);
+    settings->setColumnWidth(StoresModel::Key, 140);
+    auto *removing = new QShortcut(QKeySequence::Delete, settings);
+    removing->setContext(Qt::WidgetShortcut);
+    connect(removing, &QShortcut::activated, settings, [settings, model] {
+        if (settings->currentIndex().isValid())
+            model->remove(settings->currentIndex().row());
+    });
+    auto *whole = new QWidget;
+    auto *column = new QVBoxLayout(whole);
+    column->setContentsMargins(4, 4, 4, 4);
+    column->addWidget(settings);
+    column->addLayout(newSetting(model));
+    return whole;
+}
+
+QLayout *UnitDock::newSetting(StoresModel *model)
+{
+    auto *store = new QComboBox;
+    store->setObjectName(QStringLiteral("stores_store"));
+    store->addItems({QStringLiteral("cache"), QStringLiteral("func")});
+    auto *key = new QLineEdit;
+    key->setObjectName(QStringLiteral("stores_key"));
+    key->setPlaceholderText(QStringLiteral("key"));
+    auto *value = new QLineEdit;
+    value->setObjectName(QStringLiteral("stores_value"));
+    value->setPlaceholderText(QStringLiteral("value"));
+    auto *set = button("Set", "stores_set");
+    connect(set, &QPushButton::clicked, this, [store, key, value, model] {
+        if (!key->text().isEmpty())
+            model->set(store->currentText(), key->text(), value->text());
+    });
+    auto *row = new QHBoxLayout;
+    for (QWidget *widget : std::initializer_list<QWidget *>{store, key, value, set})
+        row->addWidget(widget);
+    return row;
 }
 
 } // namespace bench

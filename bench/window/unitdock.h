@@ -1,49 +1,42 @@
 #pragma once
 
-#include <QJsonValue>
-#include <QPair>
-#include <QVector>
-#include <QWidget>
-
-#include <functional>
+#include <QTabWidget>
 
 class QFormLayout;
-class QGroupBox;
 class QLabel;
 class QLayout;
-class QSpinBox;
 
 namespace bench {
 
 class Calls;
-class UnitModel;
+class StoresModel;
 
-// The unit beside its screen: keys, what hangs on it, and every value of its state. GUI thread;
-// `calls` outlives it.
-class UnitDock : public QWidget
+// The unit beside its screen: life cycle and keys, what hangs on it, every value of its state, and
+// its settings stores. GUI thread; `calls` outlives it.
+class UnitDock : public QTabWidget
 {
     Q_OBJECT
 
 public:
     explicit UnitDock(Calls *calls, QWidget *parent = nullptr);
 
-    // A folder dropped onto a disk plugs it into that port.
+    // A folder dropped onto a port plugs it in there.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    QWidget *controls();
+    QLayout *lifeCycle();
     QLayout *keys();
     QLayout *disks();
+    QLayout *gains();
     QFormLayout *choices();
     QWidget *state();
-    void addChoice(QFormLayout *form, const char *title, const char *name, const QString &path,
-                   const QVector<QPair<QString, QJsonValue>> &values);
-    QWidget *addBox(const QString &text, const QString &name, const QString &path);
+    QWidget *stores();
+    QLayout *newSetting(StoresModel *model);
     void plug(int port, const QString &folder);
-    void follow(const QString &path, const std::function<void(const QJsonValue &)> &show);
 
     Calls *calls;
     QLabel *result; // of the last thing done
-    QSpinBox *keyCode = nullptr;
 };
 
 } // namespace bench

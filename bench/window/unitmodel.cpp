@@ -1,10 +1,10 @@
 #include "unitmodel.h"
 
 #include "calls.h"
+#include "jsontext.h"
 
 #include <QFont>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QTime>
 #include <QTimer>
 
@@ -15,23 +15,11 @@ namespace {
 // So long a value that has changed carries an underline.
 constexpr int kFreshMilliseconds = 1000;
 
-QString textOf(const QJsonValue &value)
-{
-    if (value.isString())
-        return value.toString();
-    const QByteArray json = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(json.mid(1, json.size() - 2));
-}
-
-QJsonValue valueOf(const QString &text)
-{
-    const QJsonDocument json = QJsonDocument::fromJson('[' + text.toUtf8() + ']');
-    return json.array().size() == 1 ? json.array().first() : QJsonValue(text);
-}
-
 } // namespace
 
-UnitModel::UnitModel(Calls *way, QObject *parent) : QAbstractTableModel(parent), calls(way)
+UnitModel::UnitModel(Calls *way, QObject *parent)
+    : QAbstractTableModel(parent), calls(way),
+      frame(this, [this] { emit dataChanged(index(0, Value), index(rows.size() - 1, Value)); })
 {
     const QJsonArray paths = calls->ask(QStringLiteral("bench.schema")).value("paths").toArray();
     for (const QJsonValue &path : paths)
@@ -41,7 +29,7 @@ UnitModel::UnitModel(Calls *way, QObject *parent) : QAbstractTableModel(parent),
                      {},
                      -1});
     readValues();
-    connect(calls, &Calls::happened, this, &UnitModel::follow);
+    connect(calls, &Calls::changed, this, &UnitModel::follow);
 }
 
 void UnitModel::readValues()
@@ -59,18 +47,16 @@ QModelIndex UnitModel::valueAt(const QString &path) const
     return {};
 }
 
-void UnitModel::follow(const QString &event, const QJsonObject &params)
+void UnitModel::follow(const QString &path, const QJsonValue &value)
 {
-    if (event != QLatin1String("unit.changed"))
-        return;
-    const QModelIndex cell = valueAt(params["path"].toString());
+    const QModelIndex cell = valueAt(path);
     if (!cell.isValid())
         return;
     Row &row = rows[cell.row()];
-    row.value = params["value"];
+    row.value = value;
     row.changedAt = QTime::currentTime().msecsSinceStartOfDay();
     emit dataChanged(cell, cell);
-    QTimer::singleShot(kFreshMilliseconds, this, [this, cell] { emit dataChanged(cell, cell); });
+    QTimer::singleShot(kFreshMilliseconds, this, [this] { frame.ask(); });
 }
 
 bool UnitModel::isFresh(const Row &row) const
@@ -131,7 +117,7 @@ bool UnitModel::setData(const QModelIndex &index, const QVariant &value, int rol
         return false;
     const Row &row = rows.at(index.row());
     const bool isText = row.type == QLatin1String("a text");
-    calls->set(row.path, isText ? QJsonValue(value.toString()) : valueOf(value.toString()));
+    calls->set(row.path, isText ? QJsonValue(value.toString()) : jsonOf(value.toString()));
     return true;
 }
 

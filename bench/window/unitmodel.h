@@ -1,5 +1,7 @@
 #pragma once
 
+#include "frame.h"
+
 #include <QAbstractTableModel>
 #include <QJsonValue>
 #include <QVector>
@@ -39,11 +41,12 @@ private:
         qint64 changedAt = -1; // milliseconds of the day; -1: not since the window stands
     };
 
-    void follow(const QString &event, const QJsonObject &params);
+    void follow(const QString &path, const QJsonValue &value);
     void readValues();
     bool isFresh(const Row &row) const;
 
     Calls *calls;
+    Frame frame; // in which what was fresh dims
     QVector<Row> rows;
 };
 
