@@ -59,8 +59,8 @@ LogRow Rows::take(const QJsonObject &frame)
     row.kind = directionOf(frame);
     row.topic = frame["step"].toString();
     const QString meaning = frame["meaning"].toString();
-    row.loud = frame["direction"] == QLatin1String("event")
-        && meaning.startsWith(QLatin1String("fault"));
+    row.loud =
+        frame["direction"] == QLatin1String("event") && meaning.startsWith(QLatin1String("fault"));
     row.loud = row.loud || row.topic == QLatin1String("packet-repeat");
     const double now = frame["ms"].toDouble();
     row.cells = QStringList{QString::number(row.number),
@@ -112,9 +112,14 @@ LogRow Rows::unexpected(const QString &text) const
     row.kind = QStringLiteral("\u26A0 unexpected");
     row.topic = text.section(QLatin1Char(':'), 0, 0);
     row.loud = true;
-    row.cells = QStringList{
-        QString::number(number), QString::number(ms, 'f', 0), QString(), row.kind, QString(),
-        row.topic, text.section(QLatin1Char(':'), 1).trimmed(), QString()};
+    row.cells = QStringList{QString::number(number),
+                            QString::number(ms, 'f', 0),
+                            QString(),
+                            row.kind,
+                            QString(),
+                            row.topic,
+                            text.section(QLatin1Char(':'), 1).trimmed(),
+                            QString()};
     return row;
 }
 

@@ -19,6 +19,7 @@
 #include <QVBoxLayout>
 
 #include <limits>
+#include <utility>
 
 namespace bench {
 
@@ -67,9 +68,31 @@ QStringList words(const QJsonValue &list)
     return list.toVariant().toStringList();
 }
 
+// What a fault amounts to. Keys that are missing are as usual.
 QString text(const QJsonObject &fault)
 {
-    return QString::fromUtf8(QJsonDocument(fault).toJson(QJsonDocument::Compact));
+    QStringList said{fault["kind"].toString()};
+    if (fault["index"].toInt(-1) >= 0)
+        said << QStringLiteral("place %1").arg(fault["index"].toInt());
+    const std::pair<const char *, const char *> places[] = {{"packet", "of packet %1"},
+                                                            {"image", "of image %1"}};
+    for (const auto &[key, words] : places) {
+        if (fault[QLatin1String(key)].toInt() > 0)
+            said << QString::fromLatin1(words).arg(fault[QLatin1String(key)].toInt());
+    }
+    if (fault.contains("step"))
+        said << QStringLiteral("in the step %1").arg(fault["step"].toString());
+    if (fault["count"].toInt() > 0)
+        said << QStringLiteral("number %1").arg(fault["count"].toInt());
+    if (fault.contains("value"))
+        said << QStringLiteral("with %1").arg(fault["value"].toVariant().toString());
+    const int times = fault["times"].toInt(1);
+    said << (fault["times"] == QLatin1String("always") ? QStringLiteral("always")
+                 : times == 1                          ? QStringLiteral("once")
+                                                       : QStringLiteral("%1 times").arg(times));
+    if (fault["probability"].toDouble(1) < 1)
+        said << QStringLiteral("with probability %1").arg(fault["probability"].toDouble());
+    return said.join(QLatin1Char(' '));
 }
 
 QString moments(const QJsonArray &times)
@@ -117,7 +140,7 @@ QWidget *FaultsDock::presets()
 
 QWidget *FaultsDock::list()
 {
-    table = new QTableWidget(0, 4);
+    table = new QTableWidget(0, 4, this);
     table->setObjectName(QStringLiteral("faults_table"));
     table->setHorizontalHeaderLabels({"Fault", "struck", "at, s", "last"});
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -190,7 +213,7 @@ QWidget *FaultsDock::form()
     connect(arming, &QPushButton::clicked, this, [this] { add(wanted()); });
     rows->addRow(arming);
 
-    const auto say = [this] { amounts->setText(sentence()); };
+    const auto say = [this] { amounts->setText(text(wanted())); };
     for (QComboBox *box : {kind, step, direction})
         connect(box, &QComboBox::currentTextChanged, this, say);
     for (QSpinBox *box : {image, packet, count, index, times})
@@ -224,27 +247,6 @@ QJsonObject FaultsDock::wanted() const
     else if (times->value() > 1)
         fault.insert("times", times->value());
     return fault;
-}
-
-QString FaultsDock::sentence() const
-{
-    QStringList said{kind->currentText()};
-    if (index->value() >= 0)
-        said << QStringLiteral("place %1").arg(index->value());
-    if (packet->value() > 0)
-        said << QStringLiteral("of packet %1").arg(packet->value());
-    if (image->value() > 0)
-        said << QStringLiteral("of image %1").arg(image->value());
-    if (step->currentIndex() > 0)
-        said << QStringLiteral("in the step %1").arg(step->currentText());
-    if (!value->text().isEmpty())
-        said << QStringLiteral("with %1").arg(value->text());
-    said << (times->value() == 0       ? QStringLiteral("always")
-                 : times->value() == 1 ? QStringLiteral("once")
-                                       : QStringLiteral("%1 times").arg(times->value()));
-    if (probability->value() < 1)
-        said << QStringLiteral("with probability %1").arg(probability->value());
-    return said.join(QLatin1Char(' '));
 }
 
 void FaultsDock::arm(const QJsonArray &faults)

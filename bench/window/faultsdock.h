@@ -30,7 +30,6 @@ private:
     QWidget *list();
     QWidget *form();
     QJsonObject wanted() const; // what the form says
-    QString sentence() const;
     void arm(const QJsonArray &faults);
     void add(const QJsonObject &fault);
     void removeChosen();

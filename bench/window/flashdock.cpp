@@ -6,8 +6,8 @@
 
 #include <QDropEvent>
 #include <QFileDialog>
-#include <QHash>
 #include <QHBoxLayout>
+#include <QHash>
 #include <QJsonObject>
 #include <QLabel>
 #include <QMimeData>
@@ -48,9 +48,9 @@ QString hexText(quint32 address, const QByteArray &bytes, const QHash<quint32, i
     QStringList lines;
     for (int row = 0; row < bytes.size(); row += kBytesInRow) {
         const QByteArray part = bytes.mid(row, kBytesInRow);
-        lines << QStringLiteral("%1  %2  %3").arg(hexAddress(address + quint32(row)),
-                                                  QString::fromLatin1(part.toHex(' ')),
-                                                  printable(part));
+        lines << QStringLiteral("%1  %2  %3")
+                     .arg(hexAddress(address + quint32(row)), QString::fromLatin1(part.toHex(' ')),
+                          printable(part));
         QStringList other;
         bool differs = false;
         for (int i = 0; i < part.size(); ++i) {
@@ -88,10 +88,10 @@ FlashDock::FlashDock(Calls *way, const QString &saveFolder, QWidget *parent)
     map->installEventFilter(this);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(4, 4, 4, 4);
-    column->addWidget(map, 2);
+    column->addWidget(map, 3);
     column->addWidget(legend);
     column->addWidget(place);
-    column->addWidget(hex, 3);
+    column->addWidget(hex, 2);
     column->addWidget(buttons());
 
     connect(map, &FlashMap::pointed, this, [this] {
@@ -240,9 +240,9 @@ void FlashDock::showSector()
     for (const QJsonValue &byte : differences)
         wanted.insert(quint32(byte["address"].toDouble()), byte["package"].toInt());
     QStringList words{hexAddress(address)};
-    words << (sector.erased ? QStringLiteral("erased")
-                            : sector.image == 0 ? QStringLiteral("from before the reset")
-                                                : nameOf(sector.image));
+    words << (sector.erased           ? QStringLiteral("erased")
+                  : sector.image == 0 ? QStringLiteral("from before the reset")
+                                      : nameOf(sector.image));
     if (sector.times > 0)
         words << QStringLiteral("written %1 x").arg(sector.times);
     if (!differences.isEmpty())

@@ -49,10 +49,10 @@ private:
     QLabel *place; // of the sector in hex
     QPlainTextEdit *hex;
     Frame frame;
-    bool stale = true;    // the map has to be asked for
-    bool restated = true; // the hex view has
-    int saved = 0;        // files so far
-    QJsonArray package;   // images
+    bool stale = true;        // the map has to be asked for
+    bool restated = true;     // the hex view has
+    int saved = 0;            // files so far
+    QJsonArray package;       // images
     QVector<quint32> written; // where the images of the dialogue begin, by number
 };
 

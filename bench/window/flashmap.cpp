@@ -13,7 +13,7 @@ namespace {
 // One an image in the order of the dialogue; told apart in grey, too.
 const QColor kImages[] = {{0x5B, 0x9B, 0xF0}, {0xF2, 0xC1, 0x4E}, {0x5F, 0xC9, 0x86},
                           {0xC7, 0x8B, 0xF2}, {0x4F, 0xC9, 0xD6}, {0xF0, 0x8F, 0xB8}};
-const QColor kBefore(0x7D, 0x84, 0x8D);  // written before the reset
+const QColor kBefore(0x7D, 0x84, 0x8D); // written before the reset
 const QColor kErased(0x2A, 0x2E, 0x34);
 const QColor kWrong(0xFF, 0x6B, 0x60);
 const QColor kMark(0xFF, 0xFF, 0xFF);
@@ -25,7 +25,7 @@ FlashMap::FlashMap(QWidget *parent) : QWidget(parent), sectors(kSectors)
     setObjectName(QStringLiteral("flash_map"));
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
-    setMinimumSize(kColumns * 4, kSectors / kColumns * 5);
+    setMinimumSize(kColumns * 3, kSectors / kColumns * 8);
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     setSizePolicy(policy);
 }
@@ -37,7 +37,7 @@ QColor FlashMap::colourOf(int image)
 
 QSize FlashMap::sizeHint() const
 {
-    return {kColumns * 6, kSectors / kColumns * 9};
+    return {kColumns * 6, kSectors / kColumns * 10};
 }
 
 void FlashMap::setSectors(const QVector<Sector> &all)
@@ -132,7 +132,7 @@ void FlashMap::keyPressEvent(QKeyEvent *event)
         QWidget::keyPressEvent(event);
         return;
     }
-    const int next = chosen < 0 ? qMax(0, hovered) : chosen + step;
+    const int next = chosen < 0 ? qMax(0, shown()) : chosen + step;
     if (next >= 0 && next < kSectors)
         choose(next);
 }
@@ -146,7 +146,7 @@ void FlashMap::paintEvent(QPaintEvent * /*event*/)
     for (const int marked : {landed, shown()}) {
         if (marked < 0)
             continue;
-        painter.setPen(QPen(kMark, 1, marked == shown() ? Qt::SolidLine : Qt::DotLine));
+        painter.setPen(QPen(kMark, 1, marked == landed ? Qt::DotLine : Qt::SolidLine));
         painter.drawRect(cellOf(marked).adjusted(-1, -1, 0, 0));
     }
 }

@@ -7,7 +7,8 @@
 namespace bench {
 
 // The receiver's flash as a map, a cell a sector of 4 KiB in rows of 64. A press or the arrow keys
-// choose a sector; without one it is that under the pointer. GUI thread.
+// choose a sector; without one it is that under the pointer, else where the last packet went. GUI
+// thread.
 class FlashMap : public QWidget
 {
     Q_OBJECT
@@ -34,8 +35,8 @@ public:
     // A packet has landed there; whoever tells it calls update() with its frame.
     void countWrite(int number, int image);
 
-    void choose(int number); // -1: none
-    int shown() const { return chosen >= 0 ? chosen : hovered; } // -1: none
+    void choose(int number);                                                             // -1: none
+    int shown() const { return chosen >= 0 ? chosen : hovered >= 0 ? hovered : landed; } // -1: none
     QRect cellOf(int number) const;
     QSize sizeHint() const override;
 

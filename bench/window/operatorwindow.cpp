@@ -30,9 +30,10 @@ constexpr int kLayoutVersion = 2; // another set of docks is another one
 const QString kLayoutKey = QStringLiteral("window/layout");
 const QString kGeometryKey = QStringLiteral("window/geometry");
 constexpr int kMessageMilliseconds = 10000;
-constexpr QSize kSize(1440, 900);  // of the window when nobody has moved anything
-constexpr QSize kSmall(1280, 720); // of one on a small display
-constexpr int kMargin = 12;        // what frames and bars take, about
+constexpr QSize kSize(1440, 900);   // of the window when nobody has moved anything, at the least
+constexpr QSize kSmall(1280, 720);  // of one on a small display
+constexpr QSize kLarge(1680, 1050); // and the most that one takes of a large one
+constexpr int kMargin = 12;         // what frames and bars take, about
 
 // Outside of the unit's pixels, and in words: nobody takes this for a unit.
 QLabel *makeSign(const QString &text)
@@ -169,7 +170,7 @@ void OperatorWindow::arrange()
 {
     const QSize room = QGuiApplication::primaryScreen()->availableSize();
     const bool small = room.width() < kSize.width() || room.height() < kSize.height();
-    const QSize size = small ? kSmall : kSize;
+    const QSize size = small ? kSmall : kLarge.boundedTo(room);
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
     QVector<QDockWidget *> bottom;
     for (QDockWidget *each : qAsConst(docks)) {

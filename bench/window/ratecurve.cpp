@@ -67,8 +67,7 @@ void RateCurve::paintEvent(QPaintEvent * /*event*/)
     QVector<double> rates;
     for (int i = 1; i < packets.size(); ++i)
         rates.append(rateAt(i));
-    const double most =
-        1.1 * std::max(lineRate, *std::max_element(rates.cbegin(), rates.cend()));
+    const double most = 1.1 * std::max(lineRate, *std::max_element(rates.cbegin(), rates.cend()));
     const double began = packets.first().ms;
     const double span = qMax(1.0, packets.last().ms - began);
     const auto high = [&](double rate) { return height() * (1 - rate / most); };

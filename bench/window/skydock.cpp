@@ -23,7 +23,7 @@ const QString kSatellites = QStringLiteral("gnss.satellites");
 
 SkySatellite satelliteOf(const QJsonValue &told)
 {
-    return {told["number"].toInt(), told["elevation"].toInt(),    told["azimuth"].toInt(),
+    return {told["number"].toInt(), told["elevation"].toInt(),   told["azimuth"].toInt(),
             told["signal"].toInt(), told["in_use"].toInt() == 1, false};
 }
 
@@ -72,11 +72,13 @@ SkyDock::SkyDock(Calls *way, QWidget *parent)
 
 QWidget *SkyDock::conditions()
 {
-    auto *antenna = choice(calls, QStringLiteral("panel_antenna"), QStringLiteral("gnss.antenna"),
-                           {{"antenna OK", "OK"}, {"antenna open", "Open"}, {"antenna short", "Short"}});
+    auto *antenna =
+        choice(calls, QStringLiteral("panel_antenna"), QStringLiteral("gnss.antenna"),
+               {{"antenna OK", "OK"}, {"antenna open", "Open"}, {"antenna short", "Short"}});
     auto *moving = box(calls, QStringLiteral("moving"), QStringLiteral("panel_sky"), kSky);
     moving->setToolTip(QStringLiteral("satellites and car move, once a second"));
-    auto *speed = number(calls, QStringLiteral("sky_speed"), QStringLiteral("gnss.sky_speed"), -1, 400);
+    auto *speed =
+        number(calls, QStringLiteral("sky_speed"), QStringLiteral("gnss.sky_speed"), -1, 400);
     speed->setSpecialValueText(QStringLiteral("as in town"));
     speed->setSuffix(QStringLiteral(" km/h"));
     auto *cold = new QPushButton(QStringLiteral("Cold start"));
@@ -124,8 +126,7 @@ void SkyDock::draw()
     QVector<SkySector> sectors;
     const QJsonArray covered = calls->value(kCovered).toArray();
     for (const QJsonValue &sector : covered)
-        sectors.append(
-            {sector["from"].toInt(), sector["to"].toInt(), sector["elevation"].toInt()});
+        sectors.append({sector["from"].toInt(), sector["to"].toInt(), sector["elevation"].toInt()});
     plot->setSky(satellites, sectors);
     bars->setSatellites(satellites);
     drawWords();

@@ -210,7 +210,8 @@ void SkyPlot::paintSector(QPainter *painter, const SkySector &sector) const
 void SkyPlot::paintSatellite(QPainter *painter, const SkySatellite &satellite) const
 {
     const QColor colour = signalColour(satellite.signal);
-    const double size = kDisc * (0.75 + 0.35 * qBound(0, satellite.signal, kMostSignal) / kMostSignal);
+    const double size =
+        kDisc * (0.75 + 0.35 * qBound(0, satellite.signal, kMostSignal) / kMostSignal);
     const QPointF centre = placeOf(satellite.elevation, satellite.azimuth);
     painter->setPen(QPen(colour, 2));
     painter->setBrush(satellite.used ? QBrush(colour) : palette().base());

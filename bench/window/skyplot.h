@@ -70,7 +70,7 @@ private:
 
     QVector<SkySatellite> satellites;
     QVector<SkySector> sectors;
-    int held = 0;                       // number of the disc that is dragged; 0: none
+    int held = 0;                        // number of the disc that is dragged; 0: none
     std::optional<SkySector> beingDrawn; // while a sector is drawn
 };
 

@@ -62,6 +62,7 @@ UnitDock::UnitDock(Calls *way, QWidget *parent) : QTabWidget(parent), calls(way)
 {
     result->setObjectName(QStringLiteral("panel_result"));
     result->setWordWrap(true);
+    result->hide(); // until there is one
     setDocumentMode(true);
     auto *scroll = new QScrollArea; // lower than what is in it in a small window
     scroll->setWidget(controls());
@@ -108,7 +109,7 @@ QLayout *UnitDock::keys()
     auto *back = button("Back", "panel_back");
     connect(back, &QPushButton::clicked, this, [this] {
         calls->make(QStringLiteral("window.back"), {}, this, [this](const QJsonObject &answer) {
-            result->setText(QStringLiteral("backEvent answered %1").arg(answer["result"].toInt()));
+            tell(QStringLiteral("backEvent answered %1").arg(answer["result"].toInt()));
         });
     });
     auto *keyCode = new QSpinBox;
@@ -119,15 +120,21 @@ QLayout *UnitDock::keys()
         const int code = keyCode->value();
         calls->make(QStringLiteral("window.key"), {{"code", code}}, this,
                     [this, code](const QJsonObject &answer) {
-                        result->setText(QStringLiteral("keyEvent answered %1 to key %2")
-                                            .arg(answer["result"].toInt())
-                                            .arg(code));
+                        tell(QStringLiteral("keyEvent answered %1 to key %2")
+                                 .arg(answer["result"].toInt())
+                                 .arg(code));
                     });
     });
     auto *row = new QHBoxLayout;
     for (QWidget *widget : std::initializer_list<QWidget *>{home, back, keyCode, send})
         row->addWidget(widget);
     return row;
+}
+
+void UnitDock::tell(const QString &text)
+{
+    result->setText(text);
+    result->show();
 }
 
 QLayout *UnitDock::disks()
@@ -187,21 +194,23 @@ bool UnitDock::eventFilter(QObject *watched, QEvent *event)
 QFormLayout *UnitDock::choices()
 {
     auto *form = new QFormLayout;
+    auto *kinds = new QHBoxLayout;
     auto *kind = number(calls, QStringLiteral("panel_module_kind"),
                         QStringLiteral("gnss.module_kind"), 0, 0xFFFF);
     kind->setToolTip(QStringLiteral("1: flashed from the test mode; else by the unit's updater"));
     connect(kind, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [this] {
         calls->make(QStringLiteral("unit.emit"), {{"signal", "gnss.module_kind"}});
     });
-    form->addRow(QStringLiteral("Module kind"), kind);
+    kinds->addWidget(kind);
+    kinds->addWidget(new QLabel(QStringLiteral("Certification")));
+    kinds->addWidget(choice(calls, QStringLiteral("panel_certification"),
+                            QStringLiteral("usb.certification"), kCertification));
+    form->addRow(QStringLiteral("Module kind"), kinds);
     auto *charging = new QHBoxLayout;
     for (int port = 0; port < 2; ++port)
         charging->addWidget(choice(calls, QStringLiteral("panel_charging%1").arg(port),
                                    QStringLiteral("usb.%1.charging_mode").arg(port), kCharging));
     form->addRow(QStringLiteral("Charging 0, 1"), charging);
-    form->addRow(QStringLiteral("Certification"),
-                 choice(calls, QStringLiteral("panel_certification"),
-                        QStringLiteral("usb.certification"), kCertification));
     auto *bars = new QHBoxLayout;
     bars->addWidget(box(calls, QStringLiteral("watchdog"), QStringLiteral("panel_watchdog"),
                         QStringLiteral("system.watchdog")));

@@ -33,6 +33,7 @@ private:
     QWidget *state();
     QWidget *stores();
     QLayout *newSetting(StoresModel *model);
+    void tell(const QString &text);
     void plug(int port, const QString &folder);
 
     Calls *calls;
