@@ -25,6 +25,13 @@ QString directionOf(const QJsonObject &frame)
     return words.value(frame["direction"].toString());
 }
 
+QColor colourOf(const QJsonObject &frame)
+{
+    if (frame["direction"] == QLatin1String("to-receiver"))
+        return QColor(0xA9, 0xCC, 0xFF);
+    return frame["direction"] == QLatin1String("to-host") ? QColor(0xB5, 0xE6, 0xC1) : QColor();
+}
+
 QString bytesOf(const QJsonObject &frame)
 {
     constexpr int kLetters = kShownBytes * 3 - 1;
@@ -57,6 +64,7 @@ LogRow Rows::take(const QJsonObject &frame)
     LogRow row;
     row.number = frame["n"].toInt();
     row.kind = directionOf(frame);
+    row.colour = colourOf(frame);
     row.topic = frame["step"].toString();
     const QString meaning = frame["meaning"].toString();
     row.loud =

@@ -110,12 +110,12 @@ FaultsDock::FaultsDock(Calls *way, QWidget *parent)
 {
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(4, 4, 4, 4);
-    row->addWidget(list(), 3);
+    row->addWidget(list(), 2);
     auto *scroll = new QScrollArea; // the form is higher than a dock beneath the screen
     scroll->setWidget(form());
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    row->addWidget(scroll, 2);
+    row->addWidget(scroll, 1);
     connect(calls, &Calls::happened, this, [this](const QString &event, const QJsonObject &) {
         if (event == QLatin1String("receiver.fault"))
             frame.ask();
@@ -145,8 +145,9 @@ QWidget *FaultsDock::list()
     table->setHorizontalHeaderLabels({"Fault", "struck", "at, s", "last"});
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    table->horizontalHeader()->setStretchLastSection(true);
+    table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
+    table->verticalHeader()->hide();
     auto *remove = new QPushButton(QStringLiteral("Remove"));
     remove->setObjectName(QStringLiteral("faults_remove"));
     connect(remove, &QPushButton::clicked, this, &FaultsDock::removeChosen);

@@ -218,7 +218,9 @@ QVariant LogModel::data(const QModelIndex &index, int role) const
                                     .arg(fold.rows);
     }
     case Qt::ForegroundRole:
-        return row.loud ? QVariant(QBrush(QColor(0xFF, 0x8A, 0x80))) : QVariant();
+        if (row.loud)
+            return QBrush(QColor(0xFF, 0x8A, 0x80));
+        return row.colour.isValid() ? QVariant(QBrush(row.colour)) : QVariant();
     default:
         return QVariant();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QColor>
 #include <QHash>
 #include <QVector>
 
@@ -18,6 +19,7 @@ struct LogRow
     QString topic;
     bool quiet = false; // hidden unless asked for
     bool loud = false;  // stands out: something unexpected
+    QColor colour;      // of its letters, where it does not stand out; invalid: the usual one
     int under = 0;      // number of the row that it is folded into; 0: none
     qint64 place = -1;  // in the flash, as an address
 };
