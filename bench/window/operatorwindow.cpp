@@ -16,6 +16,7 @@
 #include <QDockWidget>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLayout>
 #include <QMenuBar>
 #include <QScreen>
 #include <QScrollArea>
@@ -33,7 +34,8 @@ constexpr int kMessageMilliseconds = 10000;
 constexpr QSize kSize(1440, 900);   // of the window when nobody has moved anything, at the least
 constexpr QSize kSmall(1280, 720);  // of one on a small display
 constexpr QSize kLarge(1680, 1050); // and the most that one takes of a large one
-constexpr int kMargin = 12;         // what frames and bars take, about
+constexpr QSize kLeastDock(200, 100);
+constexpr int kMargin = 12; // what frames and bars take, about
 
 // Outside of the unit's pixels, and in words: nobody takes this for a unit.
 QLabel *makeSign(const QString &text)
@@ -111,6 +113,7 @@ QDockWidget *OperatorWindow::addDock(const QString &title, QWidget *content,
 {
     auto *dock = new QDockWidget(title);
     dock->setObjectName(QStringLiteral("dock_") + title.toLower());
+    content->setMinimumSize(kLeastDock);
     dock->setWidget(content);
     addDockWidget(area, dock);
     docks.append(dock);
@@ -165,7 +168,8 @@ void OperatorWindow::stack(const QVector<QDockWidget *> &together)
 }
 
 // As it is when nobody has moved anything: logs in tabs beneath the screen; beside it receiver and
-// flash one above the other, on a small display all in tabs.
+// flash one above the other. On a small display everything is in tabs beside the screen, which is
+// then seen whole all the same.
 void OperatorWindow::arrange()
 {
     const QSize room = QGuiApplication::primaryScreen()->availableSize();
@@ -177,20 +181,22 @@ void OperatorWindow::arrange()
         if (dockWidgetArea(each) == Qt::BottomDockWidgetArea)
             bottom << each;
     }
-    stack(bottom);
     if (small) {
-        stack({dock("receiver"), dock("flash"), dock("sky"), dock("unit")});
+        stack(QVector<QDockWidget *>{dock("receiver"), dock("flash"), dock("sky"), dock("unit")}
+              + bottom);
     } else {
+        stack(bottom);
         splitDockWidget(dock("receiver"), dock("flash"), Qt::Vertical);
         stack({dock("receiver"), dock("unit")});
         stack({dock("flash"), dock("sky")});
     }
+    layout()->activate(); // tabs need less room than what they were made of
     resize(size);
     resizeDocks({dock("receiver")}, {size.width() - parts.screen->width() - 2 * kMargin},
                 Qt::Horizontal);
-    resizeDocks({bottom.first()},
-                {qMax(size.height() / 5, size.height() - parts.screen->height() - 6 * kMargin)},
-                Qt::Vertical);
+    if (!small)
+        resizeDocks({bottom.first()}, {size.height() - parts.screen->height() - 6 * kMargin},
+                    Qt::Vertical);
 }
 
 void OperatorWindow::restoreLayout()

@@ -42,7 +42,8 @@ ReceiverDock::ReceiverDock(Calls *way, ResetPrompt *prompt, QWidget *parent)
     anomalies = addLabel(form, "Unexpected", "panel_receiver_anomalies");
 
     ladder->setObjectName(QStringLiteral("panel_receiver_ladder"));
-    ladder->setHorizontalHeaderLabels({"Phase", "began, ms", "lasted, ms"});
+    ladder->setHorizontalHeaderLabels({"Phase", "at, ms", "for, ms"});
+    ladder->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     ladder->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     ladder->verticalHeader()->hide();
     ladder->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
