@@ -95,6 +95,7 @@ private slots:
     void timersFireInOrder();
     void waitForAnotherThreadTakesWhatThatTakes_data();
     void waitForAnotherThreadTakesWhatThatTakes();
+    void endOfAThreadIsNotMissed();
     void earliestDeadlineComesFirst();
     void firstComeFirstServedAtTheSameTime();
     void readyDescriptorCostsNoTime();
@@ -301,6 +302,15 @@ void TestVirtualClock::waitForAnotherThreadTakesWhatThatTakes()
         loop.exec();
     }
     QCOMPARE(clock.microseconds(), 1500000);
+}
+
+// It may come at any moment of the joining; where it was missed, the joining had no end.
+void TestVirtualClock::endOfAThreadIsNotMissed()
+{
+    const VirtualClock clock;
+    for (int i = 0; i < 50000; ++i)
+        std::thread([] {}).join();
+    QCOMPARE(VirtualClock::threads(), 1);
 }
 
 void TestVirtualClock::earliestDeadlineComesFirst()

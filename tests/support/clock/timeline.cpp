@@ -189,7 +189,6 @@ void Timeline::leave()
 {
     if (self == nullptr)
         return;
-    wake(self, INT_MAX); // who awaits its end
     remove(self);
     self = nullptr;
 }
@@ -222,7 +221,10 @@ void Timeline::remove(Thread *thread)
 {
     const std::lock_guard<std::mutex> lock(mutex);
     threads.remove_if([thread](const auto &other) { return other.get() == thread; });
-    if (--awake == 0)
+    --awake;
+    // Together: who begins to await the thread's end meanwhile would never hear of it.
+    wakeWaiting(thread, INT_MAX);
+    if (awake == 0)
         passTime();
 }
 
@@ -266,6 +268,12 @@ WaitEnd Timeline::sleep(std::unique_lock<std::mutex> &lock)
     return me.end;
 }
 
+int Timeline::wake(const void *key, int atMost)
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    return wakeWaiting(key, atMost);
+}
+
 // The lock is held, here and below.
 void Timeline::release(Thread &thread, WaitEnd end)
 {
@@ -278,9 +286,8 @@ void Timeline::release(Thread &thread, WaitEnd end)
     ::eventfd_write(thread.wakeDescriptor, 1);
 }
 
-int Timeline::wake(const void *key, int atMost)
+int Timeline::wakeWaiting(const void *key, int atMost)
 {
-    const std::lock_guard<std::mutex> lock(mutex);
     int woken = 0;
     for (; woken < atMost; ++woken) {
         Thread *first = nullptr;

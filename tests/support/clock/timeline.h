@@ -78,6 +78,7 @@ private:
     WaitEnd refuse();
     WaitEnd sleep(std::unique_lock<std::mutex> &lock);
     void release(Thread &thread, WaitEnd end);
+    int wakeWaiting(const void *key, int atMost);
     void passTime();
     void noticeReading();
 
