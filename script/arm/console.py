@@ -16,7 +16,7 @@ FOREVER = 10**9
 LOOPBACK = "127.0.0.1"
 INSIDE = "10.0.2.15"
 VNC_PORT = 5900
-SCREEN = "1680x1050"
+SCREEN = "1440x900"
 
 
 def attach(unit):
