@@ -5,6 +5,7 @@ matplotlib.use("svg")
 from matplotlib import pyplot  # noqa: E402
 
 matplotlib.rcParams["svg.hashsalt"] = "benchmark"  # the same numbers make the same file
+matplotlib.rcParams["svg.fonttype"] = "none"  # texts stay texts
 
 
 def share_of_limit(row, quick):
