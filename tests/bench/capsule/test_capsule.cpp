@@ -224,7 +224,7 @@ void TestCapsule::successLeavesNone()
     QCOMPARE(QDir(path("state/testmode-bench/capsules")).entryList(QDir::Files), QStringList());
 }
 
-// On a disk of 300 kB.
+// On a disk of 150 kB.
 void TestCapsule::fullDiskIsToldAndWhatCameBeforeCanBeRead()
 {
     QVERIFY(QDir(place->folder.path()).mkdir("disk"));
@@ -233,7 +233,7 @@ void TestCapsule::fullDiskIsToldAndWhatCameBeforeCanBeRead()
     QProcess process;
     const QString command = "\"$@\"; status=$?; cp " + file + " " + copy + "; exit $status";
     process.start("bwrap",
-                  QStringList{"--dev-bind", "/", "/", "--size", "300000", "--tmpfs", path("disk"),
+                  QStringList{"--dev-bind", "/", "/", "--size", "150000", "--tmpfs", path("disk"),
                               "sh", "-c", command, "sh", kBench}
                       + place->words({"--capture", file}));
     const Outcome outcome = Workplace::endOf(&process);
