@@ -49,12 +49,13 @@ QVector<Line> dialogueLines(const Capsule &capsule)
             return frame.direction == QLatin1String("event");
         });
     QVector<Line> lines;
-    QByteArray lastSync;
+    QString lastStep;
     for (auto frame = begin; frame != capsule.frames.end(); ++frame) {
-        const bool toReceiver = frame->direction == QLatin1String("to-receiver");
-        if (toReceiver && isRepeatedSync(frame->step, lastSync, frame->bytes))
+        const bool again = isOfSync(frame->step) && isOfSync(lastStep)
+            && frame->direction != QLatin1String("event");
+        lastStep = frame->step;
+        if (again)
             continue;
-        lastSync = toReceiver ? frame->bytes : QByteArray();
         lines.append({frame->ms, frameText(*frame), frame->bytes});
     }
     return lines;
@@ -113,8 +114,10 @@ std::optional<Difference> parting(const QString &subject, const QVector<Line> &w
 std::optional<Difference> firstDifference(const Capsule &was, const Capsule &is)
 {
     const bool cutShort = !was.isComplete();
-    const auto journal =
-        parting(QStringLiteral("journal"), journalLines(was), journalLines(is), cutShort);
+    // A trial of the campaign has no unit, and no journal.
+    const auto journal = was.journal.isEmpty()
+        ? std::nullopt
+        : parting(QStringLiteral("journal"), journalLines(was), journalLines(is), cutShort);
     const auto dialogue =
         parting(QStringLiteral("dialogue"), dialogueLines(was), dialogueLines(is), cutShort);
     if (!journal || !dialogue)

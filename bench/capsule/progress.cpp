@@ -25,9 +25,9 @@ bool isDrawing(const QString &service)
     return service == QLatin1String("ColorGroup");
 }
 
-bool isRepeatedSync(const QString &step, const QByteArray &before, const QByteArray &frame)
+bool isOfSync(const QString &step)
 {
-    return step == QLatin1String("sync") && before == frame;
+    return step == QLatin1String("sync");
 }
 
 UpdateMark updateMark(const QString &line)
@@ -49,18 +49,11 @@ void ProgressCounter::countJournal(const QString &service)
     ++count.journal;
 }
 
-void ProgressCounter::countFrame(const QString &direction, const QString &step,
-                                 const QByteArray &bytes)
+void ProgressCounter::countFrame(const QString &direction, const QString &step)
 {
-    if (direction == QLatin1String("event") || step.isEmpty())
+    if (direction == QLatin1String("event") || step.isEmpty() || isOfSync(step))
         return;
     const QMutexLocker lock(&mutex);
-    if (direction == QLatin1String("to-host"))
-        lastToReceiver.clear();
-    else if (isRepeatedSync(step, lastToReceiver, bytes))
-        return;
-    else
-        lastToReceiver = bytes;
     ++count.frames;
 }
 

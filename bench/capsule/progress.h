@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QJsonObject>
 #include <QMutex>
 #include <QString>
@@ -11,7 +10,7 @@ namespace bench {
 struct Progress
 {
     int journal = 0;      // entries but those that the pages make while they draw
-    int frames = 0;       // of the exchanges; repeats of the synchronisation are one
+    int frames = 0;       // of the exchanges after the synchronisation
     int updatesBegun = 0; // in the plug-in's trace
     int updatesEnded = 0;
 
@@ -28,8 +27,8 @@ struct Progress
 // A call that says nothing of what the run does.
 bool isDrawing(const QString &service);
 
-// The host has asked to synchronise again, without an answer to the time before.
-bool isRepeatedSync(const QString &step, const QByteArray &before, const QByteArray &frame);
+// How often the host has to ask until the receiver is in step is a matter of the machine's load.
+bool isOfSync(const QString &step);
 
 enum class UpdateMark { None, Begun, Succeeded, Failed };
 UpdateMark updateMark(const QString &traceLine);
@@ -40,14 +39,13 @@ class ProgressCounter
 public:
     void countJournal(const QString &service);
     // `direction`: "to-receiver", "to-host" or "event".
-    void countFrame(const QString &direction, const QString &step, const QByteArray &bytes);
+    void countFrame(const QString &direction, const QString &step);
     void countTrace(const QString &line);
     Progress now() const;
 
 private:
     mutable QMutex mutex;
     Progress count;
-    QByteArray lastToReceiver; // of the synchronisation, since its last answer
 };
 
 } // namespace bench

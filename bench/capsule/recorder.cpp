@@ -219,7 +219,7 @@ void Recorder::listenToSources()
                 share->add(CapsuleTable::Frame,
                            {line.number, share->now(), direction, line.baud, line.step,
                             line.meaning, frame});
-                share->progress.countFrame(direction, line.step, frame);
+                share->progress.countFrame(direction, line.step);
             },
             Qt::DirectConnection);
         connect(

@@ -60,7 +60,7 @@ Progress endOf(const Capsule &capsule)
     for (const Capsule::JournalEntry &entry : capsule.journal)
         counter.countJournal(entry.service);
     for (const Capsule::Frame &frame : capsule.frames)
-        counter.countFrame(frame.direction, frame.step, frame.bytes);
+        counter.countFrame(frame.direction, frame.step);
     for (const QString &line : capsule.trace)
         counter.countTrace(line);
     return counter.now();
