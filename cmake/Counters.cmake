@@ -3,7 +3,7 @@
 option(TESTMODE_COUNTERS "Count which lines and branches of plug-in and bench run" OFF)
 set(TESTMODE_COUNTER_OPTIONS -O0 --coverage -fprofile-update=atomic -fprofile-abs-path)
 if(TESTMODE_COUNTERS)
-  add_link_options(--coverage)
+  add_link_options(--coverage -Wl,--exclude-libs,libgcov.a) # exports nothing of its own
 endif()
 
 # One target's sources.
