@@ -25,6 +25,8 @@ constexpr unsigned long kLookMilliseconds = 2;
 
 // What a slower machine may take beyond twice the time that it took.
 constexpr qint64 kPatienceMilliseconds = 10000;
+// Once an input could not be made as it was, the later ones' states may never come.
+constexpr qint64 kHinderedMilliseconds = 1000;
 
 // Why an input cannot be made yet: the page or box that it is for is on its way.
 const QStringList kPassing = {QStringLiteral("NotFound"), QStringLiteral("Hidden"),
@@ -76,11 +78,6 @@ qint64 lastMoment(const Capsule &capsule)
     return last;
 }
 
-qint64 patience(qint64 took)
-{
-    return kPatienceMilliseconds + 2 * took;
-}
-
 } // namespace
 
 Replayer::Replayer(Dispatcher *destination, QWidget *unitScreen, QObject *parent)
@@ -125,6 +122,11 @@ void Replayer::run()
         before = input.ms;
     }
     awaitEnd();
+}
+
+qint64 Replayer::patience(qint64 took) const
+{
+    return (hindrance ? kHinderedMilliseconds : kPatienceMilliseconds) + 2 * took;
 }
 
 void Replayer::awaitTurn(const Capsule::Input &input, qint64 before)
@@ -212,8 +214,9 @@ bool Replayer::hasEnded(const Progress &end) const
 
 void Replayer::note(const Capsule::Input &input, const QString &is)
 {
-    hindrance = Difference{
-        QStringLiteral("input %1").arg(input.number), input.ms, {}, inputText(input), is};
+    if (!hindrance)
+        hindrance = Difference{
+            QStringLiteral("input %1").arg(input.number), input.ms, {}, inputText(input), is};
 }
 
 int Replayer::compare(const QString &replayed) const

@@ -49,6 +49,8 @@ private:
     void awaitEnd();
     bool hasEnded(const Progress &end) const;
     void note(const Capsule::Input &input, const QString &is);
+    // How long what took so many milliseconds is waited for.
+    qint64 patience(qint64 took) const;
 
     Caller caller;
     Dispatcher *dispatcher;
