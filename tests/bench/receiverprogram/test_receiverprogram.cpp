@@ -365,8 +365,9 @@ void TestReceiverProgram::monitorHasTheReceiversCallsAndNoOthers()
     names.sort();
     QCOMPARE(names,
              (QStringList{"bench.quit", "bench.schema", "bench.subscribe", "receiver.dialogue",
-                          "receiver.faults", "receiver.flash", "receiver.reset", "receiver.set",
-                          "receiver.state", "receiver.wait"}));
+                          "receiver.faults", "receiver.flash", "receiver.flash.erase",
+                          "receiver.flash.load", "receiver.flash.map", "receiver.flash.save",
+                          "receiver.reset", "receiver.set", "receiver.state", "receiver.wait"}));
     QVERIFY(!schema.value("paths").toArray().isEmpty());
     process.terminate();
     QCOMPARE(outcomeOf(&process).status, 0);
