@@ -96,10 +96,10 @@ class Asking(threading.Thread):
                 began = time.monotonic()
                 try:
                     client.sendall(QUESTION)
-                except BrokenPipeError:
+                    if not answers.readline():
+                        return
+                except (BrokenPipeError, ConnectionResetError):
                     return  # the update is over, and the bench with it
-                if not answers.readline():
-                    return
                 self.longest = max(self.longest, time.monotonic() - began)
                 self.calls += 1
                 due += self.pause
