@@ -114,10 +114,8 @@ std::optional<Difference> parting(const QString &subject, const QVector<Line> &w
 std::optional<Difference> firstDifference(const Capsule &was, const Capsule &is)
 {
     const bool cutShort = !was.isComplete();
-    // A trial of the campaign has no unit, and no journal.
-    const auto journal = was.journal.isEmpty()
-        ? std::nullopt
-        : parting(QStringLiteral("journal"), journalLines(was), journalLines(is), cutShort);
+    const auto journal =
+        parting(QStringLiteral("journal"), journalLines(was), journalLines(is), cutShort);
     const auto dialogue =
         parting(QStringLiteral("dialogue"), dialogueLines(was), dialogueLines(is), cutShort);
     if (!journal || !dialogue)
